@@ -1,0 +1,21 @@
+# Flags of every target: warnings, hardening, sanitizers.
+
+set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
+set(CMAKE_C_FLAGS_RELEASE "-O2 -DNDEBUG")
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+if(KNOB_WERROR)
+  add_compile_options(-Werror)
+endif()
+
+if(KNOB_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all
+                      -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+else()
+  add_compile_options(-fstack-protector-strong)
+  if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+    add_compile_options(-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+  endif()
+  add_link_options(LINKER:-z,relro,-z,now LINKER:-O1 LINKER:--as-needed)
+endif()

@@ -1,0 +1,86 @@
+// The text type of the program: a sequence of 32-bit characters. Copies share one text until one of
+// them is changed. The 8-bit form is UTF-8 whatever the locale; bytes that are not valid UTF-8
+// survive the way in and out (see Utf8.h).
+//
+// Indices and lengths count characters from 0. A range that reaches past the end means what is
+// there; an index past the end means the end.
+#ifndef KNOB_KZ_STRING_H
+#define KNOB_KZ_STRING_H
+
+#include <string>
+#include <string_view>
+
+#include "kz/Object.h"
+#include "kz/Reference.h"
+
+namespace kz {
+
+class String : public Object {
+ public:
+  String() noexcept = default;
+  String(char const* bytes) : String(std::string_view(bytes)) {}
+  String(std::string_view bytes);
+  String(std::string const& bytes) : String(std::string_view(bytes)) {}
+  String(wchar_t const* characters) : String(std::wstring(characters)) {}
+  String(std::wstring characters);
+
+  // The 8-bit form. A NUL character is one byte like any other.
+  std::string getBytes() const;
+  std::wstring const& characters() const noexcept;
+
+  int length() const noexcept { return static_cast<int>(characters().size()); }
+  bool isEmpty() const noexcept { return characters().empty(); }
+  // 0 past the end.
+  wchar_t charAt(int index) const noexcept;
+
+  // Puts `text` in the place of `count` characters from `start`: the one way in which text changes.
+  String& replace(int start, int count, String const& text);
+  String& append(String const& text) { return replace(length(), 0, text); }
+  String& insert(int index, String const& text) { return replace(index, 0, text); }
+  String& remove(int start, int count) { return replace(start, count, String()); }
+  String& operator+=(String const& text) { return append(text); }
+
+  // Removes every occurrence of the character.
+  String& removeAll(wchar_t character);
+  // Removes the characters of the set from both ends.
+  String& trim(wchar_t const* set);
+  String& translate(wchar_t from, wchar_t to);
+  String& toUpper();
+
+  bool equals(String const& other) const noexcept { return characters() == other.characters(); }
+  bool equalsIgnoreCase(String const& other) const;
+  // Whether `other` stands at `start`.
+  bool regionMatches(int start, String const& other, bool ignoreCase) const;
+  // The first index from `start` on where `text` stands, or -1. An empty text stands everywhere.
+  int indexOf(String const& text, int start, bool ignoreCase) const;
+  String substring(int start) const;
+
+  static String valueOf(int number) { return std::to_string(number); }
+  static String valueOf(long number) { return std::to_string(number); }
+
+ private:
+  struct Text : Object {
+    explicit Text(std::wstring characters) : value(std::move(characters)) {}
+    std::wstring value;
+  };
+
+  // The text, held by this string alone.
+  std::wstring& own();
+  // The index, no less than 0 and no more than the length.
+  std::size_t clamp(int index) const noexcept;
+
+  Reference<Text> text_;
+};
+
+inline bool operator==(String const& left, String const& right) noexcept {
+  return left.equals(right);
+}
+
+inline String operator+(String left, String const& right) {
+  left.append(right);
+  return left;
+}
+
+}  // namespace kz
+
+#endif

@@ -1,0 +1,51 @@
+// Texts for people, by key, from files that are installed with the program and can be edited or
+// translated without it.
+//
+// The bundle NAME is <folder of the running program>/../share/knob/NAME.properties; for the locale
+// de_DE a key is looked for in NAME_de_DE.properties and NAME_de.properties before. Files are UTF-8
+// text in lines KEY=text: the first "=" ends the key, blanks around the key and before the text go,
+// the rest of the line is the text. \t, \n, \\ and \uXXXX are escapes; empty lines and lines that
+// begin with "#" are skipped. The last line of a key holds.
+//
+// A bundle that is installed, changed or removed while the program runs is seen by the next
+// getBundle(); one that has not changed is not read again.
+#ifndef KNOB_KZ_I18N_STRING_BUNDLE_H
+#define KNOB_KZ_I18N_STRING_BUNDLE_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "kz/Object.h"
+#include "kz/Reference.h"
+#include "kz/String.h"
+#include "kz/i18n/Locale.h"
+
+namespace kz::i18n {
+
+class StringBundle : public Object {
+ public:
+  // No locale (null) means the default locale. Throws ResultException when the bundle's file
+  // without a language cannot be read.
+  static Reference<StringBundle> getBundle(String const& name, Locale const* locale);
+
+  ~StringBundle() override;
+
+  // Throws Exception when the key is in none of the bundle's files.
+  String getString(String const& key) const;
+
+ private:
+  struct Source;
+  // One file: its lines are told apart when it is read, and a text is unescaped when it is asked
+  // for; most runs ask for a few.
+  class Texts;
+
+  static std::vector<Source> sources(std::string const& name, Locale const& locale);
+  explicit StringBundle(std::vector<Source> const& sources);
+
+  std::vector<std::unique_ptr<Texts>> texts_;  // the most special language first
+};
+
+}  // namespace kz::i18n
+
+#endif

@@ -1,0 +1,20 @@
+// A sink of text.
+#ifndef KNOB_KZ_IO_WRITER_H
+#define KNOB_KZ_IO_WRITER_H
+
+#include "kz/String.h"
+
+namespace kz::io {
+
+class Writer : public Object {
+ public:
+  virtual void write(String const& text) = 0;
+  // Hands what is buffered to the system.
+  virtual void flush() = 0;
+  // Flushes and closes; a second call does nothing.
+  virtual void close() = 0;
+};
+
+}  // namespace kz::io
+
+#endif

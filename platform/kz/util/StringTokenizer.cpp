@@ -1,0 +1,37 @@
+#include "kz/util/StringTokenizer.h"
+
+#include <algorithm>
+
+namespace kz::util {
+
+StringTokenizer::StringTokenizer(String const& text, wchar_t const* delimiters,
+                                 bool returnDelimiters)
+    : text_(text), delimiters_(delimiters), returnDelimiters_(returnDelimiters) {
+  skipDelimiters();
+}
+
+String StringTokenizer::nextToken() {
+  const std::wstring& text = text_.characters();
+  const std::size_t start = position_;
+  const std::size_t end = std::min(text.find_first_of(delimiters_, start), text.size());
+  // Only a returned delimiter stands where a token begins.
+  position_ = end == start ? std::min(start + 1, text.size()) : end;
+  const std::size_t length = position_ - start;
+  skipDelimiters();
+  return text.substr(start, length);
+}
+
+int StringTokenizer::countTokens() const {
+  StringTokenizer rest(*this);
+  int count = 0;
+  for (; rest.hasMoreTokens(); ++count) rest.nextToken();
+  return count;
+}
+
+void StringTokenizer::skipDelimiters() noexcept {
+  if (returnDelimiters_) return;
+  position_ = std::min(text_.characters().find_first_not_of(delimiters_, position_),
+                       text_.characters().size());
+}
+
+}  // namespace kz::util
