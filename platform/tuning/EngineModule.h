@@ -1,0 +1,26 @@
+// The door of an engine module: a shared object in <prefix>/lib/knob that the tuning library loads
+// the first time a server name of its kind is opened, so that a program that never meets such an
+// engine never loads the engine's client library.
+//
+// A module defines the one function below and hides everything else.
+#ifndef KNOB_TUNING_ENGINE_MODULE_H
+#define KNOB_TUNING_ENGINE_MODULE_H
+
+#include "tuning/Engine.h"
+
+// Raised with every change of Engine.h, TuningError.h or this header that a module can notice.
+inline constexpr int32_t TN_MODULE_INTERFACE = 1;
+
+extern "C" {
+
+// Opens the engine that the server name stands for. `interfaceVersion` is the library's
+// TN_MODULE_INTERFACE; a module built for another one answers TN_MODULE_UNUSABLE.
+// On success the engine is the caller's to delete; on failure *engine is null. Throws nothing.
+using TnOpenEngineFunction = TnStatus(int32_t interfaceVersion, const char* server,
+                                      const char* user, const char* password,
+                                      tn::Engine** engine) noexcept;
+}
+
+inline constexpr char TN_OPEN_ENGINE_SYMBOL[] = "TnOpenEngine";
+
+#endif

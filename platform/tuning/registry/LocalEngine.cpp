@@ -1,0 +1,163 @@
+#include "tuning/registry/LocalEngine.h"
+
+#include <numeric>
+#include <utility>
+
+#include "tuning/TuningError.h"
+#include "tuning/registry/ValueRules.h"
+
+namespace tn::registry {
+namespace {
+
+const CatalogueCategory& knownCategory(int32_t categoryId) {
+  const CatalogueCategory* category = Catalogue::category(categoryId);
+  if (category == nullptr) throw TuningError(TN_UNKNOWN_CATEGORY);
+  return *category;
+}
+
+const CatalogueSetting& knownSetting(int32_t settingId) {
+  const CatalogueSetting* setting = Catalogue::setting(settingId);
+  if (setting == nullptr) throw TuningError(TN_UNKNOWN_SETTING);
+  return *setting;
+}
+
+bool isSelection(TnValueType type) {
+  return type == TN_TYPE_SINGLE_SELECTION || type == TN_TYPE_MULTIPLE_SELECTION;
+}
+
+// Both kinds of selection are read and written alike: either stands for the two.
+const CatalogueSetting& settingOfType(int32_t settingId, TnValueType type) {
+  const CatalogueSetting& setting = knownSetting(settingId);
+  if (setting.type != type && !(isSelection(setting.type) && isSelection(type))) {
+    throw TuningError(TN_WRONG_VALUE_TYPE);
+  }
+  return setting;
+}
+
+const CatalogueSetting& usableSetting(int32_t settingId, TnValueType type) {
+  if (!knownSetting(settingId).available) throw TuningError(TN_SETTING_UNAVAILABLE);
+  return settingOfType(settingId, type);
+}
+
+}  // namespace
+
+LocalEngine::LocalEngine(std::unique_ptr<Store> store) : store_(std::move(store)) {}
+
+std::vector<int32_t> LocalEngine::categories() {
+  std::vector<int32_t> ids;
+  for (const CatalogueCategory& category : Catalogue::categories()) ids.push_back(category.id);
+  return ids;
+}
+
+CategoryInfo LocalEngine::category(int32_t categoryId) {
+  const CatalogueCategory& category = knownCategory(categoryId);
+  CategoryInfo info{std::string(category.name), 0};
+  for (const CatalogueSetting& setting : category.settings) {
+    const auto kept = values().find(setting.id);
+    if (kept != values().end() && kept->second != setting.defaultValue) ++info.changed;
+  }
+  return info;
+}
+
+std::vector<int32_t> LocalEngine::settings(int32_t categoryId) {
+  std::vector<int32_t> ids;
+  for (const CatalogueSetting& setting : knownCategory(categoryId).settings) {
+    ids.push_back(setting.id);
+  }
+  return ids;
+}
+
+SettingInfo LocalEngine::setting(int32_t settingId) {
+  const CatalogueSetting& setting = knownSetting(settingId);
+  return {setting.type, std::string(setting.name), setting.side == Side::server};
+}
+
+bool LocalEngine::isAvailable(int32_t settingId) {
+  const CatalogueSetting* setting = Catalogue::setting(settingId);
+  return setting != nullptr && setting->available;
+}
+
+std::string LocalEngine::description(int32_t settingId) {
+  return std::string(knownSetting(settingId).description);
+}
+
+bool LocalEngine::booleanValue(int32_t settingId, Selector selector) {
+  return value(usableSetting(settingId, TN_TYPE_BOOLEAN), selector) == "1";
+}
+
+int32_t LocalEngine::integerValue(int32_t settingId, Selector selector) {
+  return parseInteger(value(usableSetting(settingId, TN_TYPE_INTEGER), selector)).value();
+}
+
+std::string LocalEngine::stringValue(int32_t settingId, Selector selector) {
+  return std::string(value(usableSetting(settingId, TN_TYPE_STRING), selector));
+}
+
+std::vector<int32_t> LocalEngine::selectionValue(int32_t settingId, Selector selector) {
+  const CatalogueSetting& setting = usableSetting(settingId, TN_TYPE_MULTIPLE_SELECTION);
+  return parseItems(value(setting, selector)).value();
+}
+
+BooleanWords LocalEngine::booleanWords(int32_t settingId) {
+  const auto words = settingOfType(settingId, TN_TYPE_BOOLEAN).words;
+  return {std::string(words[0]), std::string(words[1])};
+}
+
+Limits LocalEngine::limits(int32_t settingId) {
+  const CatalogueSetting& setting = settingOfType(settingId, TN_TYPE_INTEGER);
+  return {setting.maximum, setting.minimum};
+}
+
+std::vector<int32_t> LocalEngine::selectionItems(int32_t settingId) {
+  std::vector<int32_t> items(settingOfType(settingId, TN_TYPE_MULTIPLE_SELECTION).words.size());
+  std::iota(items.begin(), items.end(), 0);
+  return items;
+}
+
+std::string LocalEngine::selectionText(int32_t settingId, int32_t item) {
+  const auto words = settingOfType(settingId, TN_TYPE_MULTIPLE_SELECTION).words;
+  if (item < 0 || static_cast<size_t>(item) >= words.size()) throw TuningError(TN_UNKNOWN_ITEM);
+  return std::string(words[static_cast<size_t>(item)]);
+}
+
+void LocalEngine::setBoolean(int32_t settingId, bool value) {
+  keep(usableSetting(settingId, TN_TYPE_BOOLEAN), value ? "1" : "0");
+}
+
+void LocalEngine::setInteger(int32_t settingId, int64_t value) {
+  keep(usableSetting(settingId, TN_TYPE_INTEGER), std::to_string(value));
+}
+
+void LocalEngine::setString(int32_t settingId, const std::string& value) {
+  keep(usableSetting(settingId, TN_TYPE_STRING), value);
+}
+
+void LocalEngine::setSelection(int32_t settingId, const std::vector<int32_t>& items) {
+  keep(usableSetting(settingId, TN_TYPE_MULTIPLE_SELECTION), formatItems(items));
+}
+
+const LocalEngine::Values& LocalEngine::values() {
+  if (!values_) values_ = store_->readAll();
+  return *values_;
+}
+
+std::string_view LocalEngine::value(const CatalogueSetting& setting, Selector selector) {
+  if (selector == Selector::defaultValue) return setting.defaultValue;
+  const auto kept = values().find(setting.id);
+  if (kept == values().end()) return setting.defaultValue;
+  if (refusal(setting, kept->second) != TN_SUCCESS) throw TuningError(TN_STORE_DAMAGED);
+  return kept->second;
+}
+
+void LocalEngine::keep(const CatalogueSetting& setting, const std::string& canonical) {
+  const TnStatus refused = refusal(setting, canonical);
+  if (refused != TN_SUCCESS) throw TuningError(refused);
+
+  values_.reset();
+  const auto kept = values().find(setting.id);
+  if (canonical == (kept == values().end() ? setting.defaultValue : kept->second)) return;
+  store_->write(setting.id, canonical);
+  (*values_)[setting.id] = canonical;
+}
+
+}  // namespace tn::registry

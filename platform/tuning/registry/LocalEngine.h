@@ -1,0 +1,66 @@
+// The engine of this machine: the settings of the catalogue with the values of a store. It decides
+// which values a setting takes; the catalogue only says what they must be like, the store only
+// keeps them.
+//
+// Values are read from the store when the first one is asked for, all at once, and once more before
+// each change. A kept value that the catalogue does not allow can only come from a store that was
+// tampered with: reading it throws TN_STORE_DAMAGED, setting the setting anew repairs it.
+#ifndef KNOB_TUNING_REGISTRY_LOCAL_ENGINE_H
+#define KNOB_TUNING_REGISTRY_LOCAL_ENGINE_H
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tuning/Engine.h"
+#include "tuning/registry/Catalogue.h"
+#include "tuning/registry/Store.h"
+
+namespace tn::registry {
+
+class LocalEngine : public Engine {
+ public:
+  explicit LocalEngine(std::unique_ptr<Store> store);
+
+  std::vector<int32_t> categories() override;
+  CategoryInfo category(int32_t categoryId) override;
+  std::vector<int32_t> settings(int32_t categoryId) override;
+
+  SettingInfo setting(int32_t settingId) override;
+  bool isAvailable(int32_t settingId) override;
+  std::string description(int32_t settingId) override;
+
+  bool booleanValue(int32_t settingId, Selector selector) override;
+  int32_t integerValue(int32_t settingId, Selector selector) override;
+  std::string stringValue(int32_t settingId, Selector selector) override;
+  std::vector<int32_t> selectionValue(int32_t settingId, Selector selector) override;
+
+  BooleanWords booleanWords(int32_t settingId) override;
+  Limits limits(int32_t settingId) override;
+  std::vector<int32_t> selectionItems(int32_t settingId) override;
+  std::string selectionText(int32_t settingId, int32_t item) override;
+
+  // Selected items are kept in the order given.
+  void setBoolean(int32_t settingId, bool value) override;
+  void setInteger(int32_t settingId, int64_t value) override;
+  void setString(int32_t settingId, const std::string& value) override;
+  void setSelection(int32_t settingId, const std::vector<int32_t>& items) override;
+
+ private:
+  using Values = std::map<int32_t, std::string>;
+
+  const Values& values();
+  // In canonical form, checked.
+  std::string_view value(const CatalogueSetting& setting, Selector selector);
+  void keep(const CatalogueSetting& setting, const std::string& canonical);
+
+  std::unique_ptr<Store> store_;
+  std::optional<Values> values_;  // as the store held them last
+};
+
+}  // namespace tn::registry
+
+#endif
