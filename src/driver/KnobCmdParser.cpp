@@ -1,0 +1,99 @@
+#include "driver/KnobCmdParser.h"
+
+#include <array>
+#include <climits>
+#include <cstring>
+#include <memory>
+
+#include "driver/OptionException.h"
+#include "kz/Platform.h"
+
+namespace {
+
+constexpr std::size_t kHostNameSize = 1025;
+constexpr char kLoopbackHost[] = "localhost";
+
+}  // namespace
+
+// The forms of an option, and the field that takes its value or the flag that it sets.
+struct KnobCmdParser::Option {
+  std::array<char const*, 3> forms;  // null where there is none
+  kz::String KnobCmdParser::*value;
+  bool KnobCmdParser::*flag;
+};
+
+KnobCmdParser::Option const* KnobCmdParser::findOption(kz::String const& argument) {
+  using P = KnobCmdParser;
+  static constexpr Option kOptions[] = {
+      {{"-U", "-u", "--USERNAME"}, &P::userName, nullptr},
+      {{"-P", "-p", "--PASSWORD"}, &P::password, nullptr},
+      {{"-S", "-s", "--SERVER"}, &P::serverName, nullptr},
+      {{"-O", "-o", "--OUTPUTFILE"}, &P::outputFileName, nullptr},
+      {{"-I", "-i", "--INPUTFILE"}, &P::inputFileName, nullptr},
+      {{"-H", "-h", "--KEYWORD"}, &P::keyword, nullptr},
+      {{"-D", "-d", "--DEBUG"}, &P::debugValue, nullptr},
+      {{"-E", "-e", "--IGNORE_ERR"}, nullptr, &P::ignoreErrors},
+      {{"-F", "-f", "--SUPPRESS_PROMPT"}, nullptr, &P::suppressOverwritePrompt},
+      {{"-JSON", "-json", nullptr}, nullptr, &P::outputType}};
+  for (Option const& option : kOptions) {
+    for (char const* const form : option.forms) {
+      if (form != nullptr && argument.equals(form)) return &option;
+    }
+  }
+  return nullptr;
+}
+
+KnobCmdParser::KnobCmdParser()
+    : messages(new MessageHelper("KNOB", "KNOB_")), positionalArguments(new StringList) {}
+
+void KnobCmdParser::parseCmdLine(int argc, char** argv) {
+  for (int i = 1; i < argc; ++i) {
+    const kz::String argument(argv[i]);
+    Option const* const option = findOption(argument);
+    if (option == nullptr) {
+      if (argument.charAt(0) == L'-') {
+        throw OptionException(messages->getResStr("UNKNOWN_OPTION", argv[i]));
+      }
+      positionalArguments->add(new kz::String(argument));
+    } else if (option->flag != nullptr) {
+      this->*option->flag = true;
+    } else {
+      this->*option->value = getOptionValue(++i, argc, argv);
+      if (option->value == &KnobCmdParser::password)
+        std::memset(argv[i], '*', std::strlen(argv[i]));
+    }
+  }
+  if (positionalArguments->size() > 0) settingId = *positionalArguments->get(0);
+  setDefaults();
+}
+
+kz::String KnobCmdParser::getOptionValue(int index, int argc, char** argv) {
+  if (index < argc) {
+    const kz::String value(argv[index]);
+    if (value.charAt(0) != L'-') return value;
+  }
+  throw OptionException(messages->getResStr("MISSING_OPTION_VALUE", argv[index - 1]));
+}
+
+void KnobCmdParser::setDefaults() {
+  if (!serverName.isEmpty()) return;
+  std::array<char, kHostNameSize> host{};
+  const bool known = KZGetHostNameA(host.data(), static_cast<int>(host.size())) == 0;
+  serverName = known ? host.data() : kLoopbackHost;
+}
+
+KnobCmdParser::StringList* KnobCmdParser::getIDValues() const {
+  auto values = std::make_unique<StringList>();
+  for (int i = 1; i < positionalArguments->size(); ++i) {
+    values->add(new kz::String(*positionalArguments->get(i)));
+  }
+  return values.release();
+}
+
+bool KnobCmdParser::isCommand(bool output, bool input, bool search, int fewest, int most) const {
+  const int count = positionalArguments->size();
+  return outputFileName.isEmpty() != output && inputFileName.isEmpty() != input &&
+         keyword.isEmpty() != search && count >= fewest && count <= most;
+}
+
+bool KnobCmdParser::isCmdSetIdValues() const { return isCommand(false, false, false, 2, INT_MAX); }

@@ -1,0 +1,30 @@
+// Single texts from a named bundle, with fixed replacements when the bundle or the key is missing,
+// and the making of keys from status codes. No exception of a bundle leaves these operations.
+#ifndef KNOB_OUTPUT_CMSG_STRINGS_H
+#define KNOB_OUTPUT_CMSG_STRINGS_H
+
+#include "kz/String.h"
+
+class CMSGStrings {
+ public:
+  // The text of the key; the key itself when the bundle does not have it; "The resource bundle is
+  // not installed" when there is no such bundle.
+  static void MakeResourceString(kz::String const& bundleName, kz::String key, kz::String& text);
+
+  // A title and a message from one loading of the bundle, with the same replacement for a missing
+  // key and words about the bundle TNMSG when the bundle is missing.
+  static void PrepareDialog(kz::String const& bundleName, kz::String const& titleKey,
+                            kz::String const& messageKey, kz::String& title, kz::String& message);
+  // The same from the bundle TNMSG.
+  static void PrepareDialog(kz::String const& titleKey, kz::String const& messageKey,
+                            kz::String& title, kz::String& message);
+
+  // The key that a code has: the prefix (KZ_MSG_ where none is given) and the code without blanks
+  // around it and with N for each "-".
+  static void MakeResString(kz::String const& prefix, kz::String const& code, kz::String& key);
+  static void MakeResString(kz::String const& code, kz::String& key);
+  static void MakeResString(int code, kz::String& key);
+  static void MakeResString(kz::String const& prefix, int code, kz::String& key);
+};
+
+#endif

@@ -1,0 +1,26 @@
+#include "output/FileFailure.h"
+
+#include "kz/Exception.h"
+#include "kz/io/IoException.h"
+
+namespace {
+
+struct Reason {
+  int status;
+  char const* key;
+};
+constexpr Reason kReasons[] = {{kz::kStatusAccessDenied, "ACCESS_ERROR"},
+                               {kz::kStatusFileNotFound, "FILE_NOT_FOUND_ERROR"}};
+
+}  // namespace
+
+void throwFileFailure(MessageHelper const& messages, char const* key, kz::String const& fileName,
+                      int status) {
+  for (Reason const& reason : kReasons) {
+    if (reason.status != status) continue;
+    throw kz::io::IoException(messages.getResStr(key, fileName.getBytes().c_str(),
+                                                 messages.getResStr(reason.key).getBytes().c_str(),
+                                                 status));
+  }
+  throw kz::ResultException(status);
+}

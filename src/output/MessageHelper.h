@@ -1,0 +1,23 @@
+// Texts for people: an object bound to one bundle and one prefix of its keys. A lookup never
+// throws; a text that is missing is replaced by its full key, a missing bundle by a sentence that
+// says so.
+#ifndef KNOB_OUTPUT_MESSAGE_HELPER_H
+#define KNOB_OUTPUT_MESSAGE_HELPER_H
+
+#include "kz/String.h"
+
+class MessageHelper : public kz::Object {
+ public:
+  MessageHelper(char const* bundle, char const* prefix);
+
+  // The text of the key (given without the prefix), its printf conversions filled with the
+  // arguments: 8-bit texts (char const*) and 32-bit numbers (int). The text is cut at 1,023 bytes,
+  // the message at 2,047, never inside a character.
+  kz::String getResStr(char const* key, ...) const;
+
+ private:
+  kz::String bundleName;
+  kz::String keyPrefix;
+};
+
+#endif
