@@ -17,5 +17,11 @@ else()
   if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
     add_compile_options(-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
   endif()
+  # Loading the shared C++ runtime and resolving names in it costs more than a whole run of the
+  # program. Nothing but C and, between the tuning library and its modules, calls that throw nothing
+  # passes from one binary into another, so each can have a runtime of its own.
+  if(KNOB_STATIC_RUNTIME)
+    add_link_options(-static-libstdc++ -static-libgcc)
+  endif()
   add_link_options(LINKER:-z,relro,-z,now LINKER:-O1 LINKER:--as-needed)
 endif()

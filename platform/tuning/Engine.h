@@ -3,10 +3,14 @@
 // returns into the caller's buffers; the engine knows which settings exist, what they hold and
 // which values they take.
 //
+// An engine implements the protected operations and throws TuningError. The library calls the try
+// operations, which end every exception as a status: an engine may come out of a module that has a
+// C++ runtime of its own, and no exception may pass from one runtime into another.
+//
 // Ids are the engine's own. Every operation that is given a category or setting id that the engine
-// does not know throws TuningError with TN_UNKNOWN_CATEGORY or TN_UNKNOWN_SETTING; one that does
-// not fit the setting's value type throws TN_WRONG_VALUE_TYPE; values of a setting that is not
-// available are refused with TN_SETTING_UNAVAILABLE.
+// does not know fails with TN_UNKNOWN_CATEGORY or TN_UNKNOWN_SETTING; one that does not fit the
+// setting's value type with TN_WRONG_VALUE_TYPE; values of a setting that is not available are
+// refused with TN_SETTING_UNAVAILABLE.
 #ifndef KNOB_TUNING_ENGINE_H
 #define KNOB_TUNING_ENGINE_H
 
@@ -15,6 +19,7 @@
 #include <vector>
 
 #include "service/TuningInterface.h"
+#include "tuning/Guarded.h"
 
 namespace tn {
 
@@ -53,6 +58,66 @@ class Engine {
   // say) happens here; it cannot report a failure.
   virtual ~Engine() = default;
 
+  // What the library calls. Virtual, and neither overridden nor final: so a call enters the code of
+  // the engine's own library, where its exceptions are caught.
+  virtual TnStatus tryCategories(std::vector<int32_t>& ids) noexcept {
+    return guarded([&] { ids = categories(); });
+  }
+  virtual TnStatus tryCategory(int32_t categoryId, CategoryInfo& info) noexcept {
+    return guarded([&] { info = category(categoryId); });
+  }
+  virtual TnStatus trySettings(int32_t categoryId, std::vector<int32_t>& ids) noexcept {
+    return guarded([&] { ids = settings(categoryId); });
+  }
+  virtual TnStatus trySetting(int32_t settingId, SettingInfo& info) noexcept {
+    return guarded([&] { info = setting(settingId); });
+  }
+  virtual TnStatus tryIsAvailable(int32_t settingId, bool& available) noexcept {
+    return guarded([&] { available = isAvailable(settingId); });
+  }
+  virtual TnStatus tryDescription(int32_t settingId, std::string& text) noexcept {
+    return guarded([&] { text = description(settingId); });
+  }
+  virtual TnStatus tryBooleanValue(int32_t settingId, Selector selector, bool& value) noexcept {
+    return guarded([&] { value = booleanValue(settingId, selector); });
+  }
+  virtual TnStatus tryIntegerValue(int32_t settingId, Selector selector, int32_t& value) noexcept {
+    return guarded([&] { value = integerValue(settingId, selector); });
+  }
+  virtual TnStatus tryStringValue(int32_t settingId, Selector selector,
+                                  std::string& value) noexcept {
+    return guarded([&] { value = stringValue(settingId, selector); });
+  }
+  virtual TnStatus trySelectionValue(int32_t settingId, Selector selector,
+                                     std::vector<int32_t>& items) noexcept {
+    return guarded([&] { items = selectionValue(settingId, selector); });
+  }
+  virtual TnStatus tryBooleanWords(int32_t settingId, BooleanWords& words) noexcept {
+    return guarded([&] { words = booleanWords(settingId); });
+  }
+  virtual TnStatus tryLimits(int32_t settingId, Limits& range) noexcept {
+    return guarded([&] { range = limits(settingId); });
+  }
+  virtual TnStatus trySelectionItems(int32_t settingId, std::vector<int32_t>& items) noexcept {
+    return guarded([&] { items = selectionItems(settingId); });
+  }
+  virtual TnStatus trySelectionText(int32_t settingId, int32_t item, std::string& text) noexcept {
+    return guarded([&] { text = selectionText(settingId, item); });
+  }
+  virtual TnStatus trySetBoolean(int32_t settingId, bool value) noexcept {
+    return guarded([&] { setBoolean(settingId, value); });
+  }
+  virtual TnStatus trySetInteger(int32_t settingId, int64_t value) noexcept {
+    return guarded([&] { setInteger(settingId, value); });
+  }
+  virtual TnStatus trySetString(int32_t settingId, const std::string& value) noexcept {
+    return guarded([&] { setString(settingId, value); });
+  }
+  virtual TnStatus trySetSelection(int32_t settingId, const std::vector<int32_t>& items) noexcept {
+    return guarded([&] { setSelection(settingId, items); });
+  }
+
+ protected:
   // In display order; at most TN_CATEGORY_CAPACITY, and at most TN_SETTING_CAPACITY settings in
   // each. An engine with more settings than that throws TN_TOO_MANY_SETTINGS: none may be lost.
   virtual std::vector<int32_t> categories() = 0;

@@ -1,6 +1,6 @@
 // The one exception of the tuning library: an operation that failed, with the status that the
-// caller of the C interface gets. Thrown by engines, turned back into the bare status at the
-// edge of the library.
+// caller of the C interface gets. Thrown and caught within one library: the tuning library and each
+// engine module turn it into the bare status at their edges (see Guarded.h).
 #ifndef KNOB_TUNING_TUNING_ERROR_H
 #define KNOB_TUNING_TUNING_ERROR_H
 
@@ -10,8 +10,7 @@
 
 namespace tn {
 
-// Visible outside its library: it is thrown in an engine module and caught in the tuning library.
-class __attribute__((visibility("default"))) TuningError : public std::exception {
+class TuningError : public std::exception {
  public:
   explicit TuningError(TnStatus status) noexcept : status_(status) {}
 

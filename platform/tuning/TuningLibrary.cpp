@@ -2,7 +2,6 @@
 // results are copied into the caller's memory here, and every exception ends here as a status.
 // What a setting is and which values it takes is the engines' business.
 #include <cstring>
-#include <new>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -11,6 +10,7 @@
 #include "service/TuningInterface.h"
 #include "tuning/Engine.h"
 #include "tuning/EngineDirectory.h"
+#include "tuning/Guarded.h"
 #include "tuning/HandleTable.h"
 #include "tuning/TuningError.h"
 
@@ -24,22 +24,21 @@ HandleTable& handles() {
   return *table;
 }
 
-template <typename Action>
-TnStatus guarded(Action&& action) noexcept {
-  try {
-    action();
-    return TN_SUCCESS;
-  } catch (const TuningError& error) {
-    return error.status();
-  } catch (const std::bad_alloc&) {
-    return TN_OUT_OF_MEMORY;
-  } catch (...) {
-    return TN_INTERNAL_ERROR;
-  }
-}
-
 void require(bool condition, TnStatus otherwise) {
   if (!condition) throw TuningError(otherwise);
+}
+
+void check(TnStatus status) { require(status == TN_SUCCESS, status); }
+
+using IdList = std::vector<int32_t>;
+
+// What one of an engine's operations gives: `T` is filled in by the operation.
+template <typename T, typename... Parameters, typename... Arguments>
+T ask(Engine& engine, TnStatus (Engine::*operation)(Parameters...) noexcept,
+      Arguments... arguments) {
+  T answer{};
+  check((engine.*operation)(arguments..., answer));
+  return answer;
 }
 
 template <typename... Pointers>
@@ -82,7 +81,7 @@ void returnText(std::string_view text, int* size, char* buffer) {
   copyText(text, size, buffer);
 }
 
-void returnList(const std::vector<int32_t>& list, int* count, int32_t* buffer) {
+void returnList(const IdList& list, int* count, int32_t* buffer) {
   require(hasRoom(list.size(), count), TN_BUFFER_TOO_SMALL);
   if (!list.empty()) std::memcpy(buffer, list.data(), list.size() * sizeof list[0]);
   *count = static_cast<int>(list.size());
@@ -126,21 +125,21 @@ void TnDisconnect(TnHandle handle) {
 TnStatus TnGetCategoryListCount(TnHandle handle, int* count) {
   return guarded([&] {
     requirePointers(count);
-    *count = static_cast<int>(handles().engine(handle).categories().size());
+    *count = static_cast<int>(ask<IdList>(handles().engine(handle), &Engine::tryCategories).size());
   });
 }
 
 TnStatus TnGetCategoryList(TnHandle handle, int* count, int* categoryIds) {
   return guarded([&] {
     requirePointers(count, categoryIds);
-    returnList(handles().engine(handle).categories(), count, categoryIds);
+    returnList(ask<IdList>(handles().engine(handle), &Engine::tryCategories), count, categoryIds);
   });
 }
 
 TnStatus TnGetCategoryInfo(TnHandle handle, int categoryId, TnCategoryRecord* record) {
   return guarded([&] {
     requirePointers(record);
-    const CategoryInfo info = handles().engine(handle).category(categoryId);
+    const auto info = ask<CategoryInfo>(handles().engine(handle), &Engine::tryCategory, categoryId);
     TnCategoryRecord filled{};
     returnName(info.name, filled.name);
     filled.extraInfo = info.changed;
@@ -151,14 +150,15 @@ TnStatus TnGetCategoryInfo(TnHandle handle, int categoryId, TnCategoryRecord* re
 TnStatus TnGetSettingList(TnHandle handle, int categoryId, int* count, int* settingIds) {
   return guarded([&] {
     requirePointers(count, settingIds);
-    returnList(handles().engine(handle).settings(categoryId), count, settingIds);
+    returnList(ask<IdList>(handles().engine(handle), &Engine::trySettings, categoryId), count,
+               settingIds);
   });
 }
 
 TnStatus TnGetSettingInfo(TnHandle handle, int settingId, TnSettingRecord* record) {
   return guarded([&] {
     requirePointers(record);
-    const SettingInfo info = handles().engine(handle).setting(settingId);
+    const auto info = ask<SettingInfo>(handles().engine(handle), &Engine::trySetting, settingId);
     TnSettingRecord filled{};
     filled.type = info.type;
     returnName(info.name, filled.name);
@@ -169,7 +169,8 @@ TnStatus TnGetSettingInfo(TnHandle handle, int settingId, TnSettingRecord* recor
 
 int16_t TnIsSettingAvailable(TnHandle handle, int settingId) {
   bool available = false;
-  guarded([&] { available = handles().engine(handle).isAvailable(settingId); });
+  guarded(
+      [&] { available = ask<bool>(handles().engine(handle), &Engine::tryIsAvailable, settingId); });
   return available ? 1 : 0;
 }
 
@@ -178,7 +179,8 @@ TnStatus TnGetStringValue(TnHandle handle, int settingId, int* size, char* value
   return guarded([&] {
     requirePointers(size, value);
     Engine& engine = handles().engine(handle);
-    returnText(engine.stringValue(settingId, readSelector(selector)), size, value);
+    returnText(ask<std::string>(engine, &Engine::tryStringValue, settingId, readSelector(selector)),
+               size, value);
   });
 }
 
@@ -186,7 +188,7 @@ TnStatus TnGetLongValue(TnHandle handle, int settingId, int32_t* value, TnValueS
   return guarded([&] {
     requirePointers(value);
     Engine& engine = handles().engine(handle);
-    *value = engine.integerValue(settingId, readSelector(selector));
+    *value = ask<int32_t>(engine, &Engine::tryIntegerValue, settingId, readSelector(selector));
   });
 }
 
@@ -195,7 +197,7 @@ TnStatus TnGetBooleanValue(TnHandle handle, int settingId, int16_t* value,
   return guarded([&] {
     requirePointers(value);
     Engine& engine = handles().engine(handle);
-    *value = engine.booleanValue(settingId, readSelector(selector)) ? 1 : 0;
+    *value = ask<bool>(engine, &Engine::tryBooleanValue, settingId, readSelector(selector)) ? 1 : 0;
   });
 }
 
@@ -203,7 +205,8 @@ TnStatus TnGetBooleanStrings(TnHandle handle, int settingId, int* trueSize, char
                              int* falseSize, char* falseWord) {
   return guarded([&] {
     requirePointers(trueSize, trueWord, falseSize, falseWord);
-    const BooleanWords words = handles().engine(handle).booleanWords(settingId);
+    const auto words =
+        ask<BooleanWords>(handles().engine(handle), &Engine::tryBooleanWords, settingId);
     // Both sizes are checked before either word is written.
     const bool trueFits = hasRoom(words.whenTrue.size() + 1, trueSize);
     const bool falseFits = hasRoom(words.whenFalse.size() + 1, falseSize);
@@ -218,35 +221,40 @@ TnStatus TnGetSelectionValue(TnHandle handle, int settingId, int* count, int32_t
   return guarded([&] {
     requirePointers(count, items);
     Engine& engine = handles().engine(handle);
-    returnList(engine.selectionValue(settingId, readSelector(selector)), count, items);
+    returnList(ask<IdList>(engine, &Engine::trySelectionValue, settingId, readSelector(selector)),
+               count, items);
   });
 }
 
 TnStatus TnCountSelectionItems(TnHandle handle, int settingId, int* count) {
   return guarded([&] {
     requirePointers(count);
-    *count = static_cast<int>(handles().engine(handle).selectionItems(settingId).size());
+    *count = static_cast<int>(
+        ask<IdList>(handles().engine(handle), &Engine::trySelectionItems, settingId).size());
   });
 }
 
 TnStatus TnGetAllPossibleSelections(TnHandle handle, int settingId, int* count, int32_t* items) {
   return guarded([&] {
     requirePointers(count, items);
-    returnList(handles().engine(handle).selectionItems(settingId), count, items);
+    returnList(ask<IdList>(handles().engine(handle), &Engine::trySelectionItems, settingId), count,
+               items);
   });
 }
 
 TnStatus TnGetSelectionString(TnHandle handle, int settingId, int32_t item, int* size, char* text) {
   return guarded([&] {
     requirePointers(size, text);
-    returnText(handles().engine(handle).selectionText(settingId, item), size, text);
+    returnText(
+        ask<std::string>(handles().engine(handle), &Engine::trySelectionText, settingId, item),
+        size, text);
   });
 }
 
 TnStatus TnGetValueLimit(TnHandle handle, int settingId, int32_t* maximum, int32_t* minimum) {
   return guarded([&] {
     requirePointers(maximum, minimum);
-    const Limits limits = handles().engine(handle).limits(settingId);
+    const auto limits = ask<Limits>(handles().engine(handle), &Engine::tryLimits, settingId);
     *maximum = limits.maximum;
     *minimum = limits.minimum;
   });
@@ -255,7 +263,8 @@ TnStatus TnGetValueLimit(TnHandle handle, int settingId, int32_t* maximum, int32
 TnStatus TnGetSettingHelp(int settingId, int* size, char* text) {
   return guarded([&] {
     requirePointers(size, text);
-    returnText(handles().latest().description(settingId), size, text);
+    returnText(ask<std::string>(handles().latest(), &Engine::tryDescription, settingId), size,
+               text);
   });
 }
 
@@ -265,7 +274,7 @@ TnStatus TnSetStringValue(TnHandle handle, int settingId, const char* value,
     requirePointers(value);
     Engine& engine = handles().engine(handle);
     requireWritable(selector);
-    engine.setString(settingId, boundedText(value, TN_TEXT_SIZE, TN_VALUE_TOO_LONG));
+    check(engine.trySetString(settingId, boundedText(value, TN_TEXT_SIZE, TN_VALUE_TOO_LONG)));
   });
 }
 
@@ -273,7 +282,7 @@ TnStatus TnSetLongValue(TnHandle handle, int settingId, int64_t value, TnValueSe
   return guarded([&] {
     Engine& engine = handles().engine(handle);
     requireWritable(selector);
-    engine.setInteger(settingId, value);
+    check(engine.trySetInteger(settingId, value));
   });
 }
 
@@ -282,7 +291,7 @@ TnStatus TnSetBooleanValue(TnHandle handle, int settingId, int value, TnValueSel
     require(value == 0 || value == 1, TN_INVALID_ARGUMENT);
     Engine& engine = handles().engine(handle);
     requireWritable(selector);
-    engine.setBoolean(settingId, value == 1);
+    check(engine.trySetBoolean(settingId, value == 1));
   });
 }
 
@@ -294,6 +303,6 @@ TnStatus TnSetSelectionValue(TnHandle handle, int settingId, int count, const in
     require(count <= TN_SELECTION_CAPACITY, TN_VALUE_TOO_LONG);
     Engine& engine = handles().engine(handle);
     requireWritable(selector);
-    engine.setSelection(settingId, std::vector<int32_t>(items, items + count));
+    check(engine.trySetSelection(settingId, IdList(items, items + count)));
   });
 }
