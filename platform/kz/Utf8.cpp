@@ -65,7 +65,7 @@ bool isStrayByte(wchar_t character) {
 }
 
 void encodeOne(wchar_t character, std::string& bytes) {
-  auto value = static_cast<unsigned long>(character);
+  auto value = static_cast<char32_t>(character);
   if (value < 0x80) {
     bytes.push_back(static_cast<char>(value));
     return;

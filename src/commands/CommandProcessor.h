@@ -60,7 +60,7 @@ class CommandProcessor {
   // The rest of the next line that begins with the tag: 0, or -1 at the end of the file, where the
   // value stays as it was.
   int getTagValue(kz::String tag, kz::String& value);
-  // A new list of the text's parts between blanks.
+  // A new list of the text's parts between blanks, of more than 100,000 the first so many.
   StringList* getIDValues(kz::String text);
 
   // Search.
@@ -90,7 +90,7 @@ class CommandProcessor {
   kz::Reference<Logger> logger;  // the debug log
   kz::String inputFileName;
   kz::String outputFileName;
-  kz::Reference<FormatHelper> formatter;  // unset until an export opens its file
+  kz::Reference<FormatHelper> formatter;  // with an output file: unset until it is opened
   kz::Reference<kz::io::BufferedReader> inputReader;
   // What the id and the value line of a settings file begin with.
   kz::String tagIdText;

@@ -69,7 +69,7 @@ void KnobCmdParser::parseCmdLine(int argc, char** argv) {
 
 kz::String KnobCmdParser::getOptionValue(int index, int argc, char** argv) {
   if (index < argc) {
-    const kz::String value(argv[index]);
+    kz::String value(argv[index]);
     if (value.charAt(0) != L'-') return value;
   }
   throw OptionException(messages->getResStr("MISSING_OPTION_VALUE", argv[index - 1]));

@@ -25,9 +25,15 @@ constexpr LevelName kLevelNames[] = {{"SEVERE", Level::SEVERE}, {"WARNING", Leve
                                      {"FINE", Level::FINE},     {"FINER", Level::FINER},
                                      {"FINEST", Level::FINEST}, {"ALL", Level::ALL}};
 
+// A bare name is told with the folder that it is meant in, unless that folder is gone.
 kz::String reportedName(kz::String const& name) {
   const kz::String delimiter(std::wstring(1, kz::util::FilePath::dirDelim));
-  return name.indexOf(delimiter, 0, false) >= 0 ? name : kz::util::FilePath::getCurrentDir() + name;
+  if (name.indexOf(delimiter, 0, false) >= 0) return name;
+  try {
+    return kz::util::FilePath::getCurrentDir() + name;
+  } catch (kz::Exception const&) {
+    return name;
+  }
 }
 
 }  // namespace

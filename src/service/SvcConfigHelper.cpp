@@ -35,6 +35,7 @@ class TextArgument {
   explicit TextArgument(kz::String const& text) {
     std::string bytes = text.getBytes();
     fits_ = bytes.size() < Size;
+    holdsNul_ = bytes.find('\0') != std::string::npos;
     if (fits_) std::copy(bytes.begin(), bytes.end(), buffer_.begin());
     explicit_bzero(bytes.data(), bytes.size());
   }
@@ -43,11 +44,14 @@ class TextArgument {
   ~TextArgument() { explicit_bzero(buffer_.data(), buffer_.size()); }
 
   bool fits() const noexcept { return fits_; }
+  // The interface would take such a text for a shorter one.
+  bool holdsNul() const noexcept { return holdsNul_; }
   char const* get() const noexcept { return buffer_.data(); }
 
  private:
   std::array<char, Size> buffer_{};
   bool fits_ = false;
+  bool holdsNul_ = false;
 };
 
 constexpr TnValueSelector selector(int which) { return static_cast<TnValueSelector>(which); }
@@ -234,9 +238,12 @@ kz::String SvcConfigHelper::getSelectionString(int settingId, int item) {
 StringList* SvcConfigHelper::getAllPossibleSelections(int settingId) {
   int count = 1;
   check(TnCountSelectionItems(handle, settingId, &count));
-  std::vector<std::int32_t> items(static_cast<std::size_t>(std::max(count, 0)));
+  const int capacity = std::max(count, 0);
+  // Never without an element: the interface is not given a null pointer.
+  std::vector<std::int32_t> items(static_cast<std::size_t>(capacity) + 1);
+  count = capacity;
   const TnStatus status = TnGetAllPossibleSelections(handle, settingId, &count, items.data());
-  check(checkedCount(status, count, static_cast<int>(items.size())));
+  check(checkedCount(status, count, capacity));
   auto list = std::make_unique<StringList>();
   for (int i = 0; i < count; ++i) {
     list->add(new kz::String(getSelectionString(settingId, items[static_cast<std::size_t>(i)])));
@@ -262,9 +269,12 @@ kz::String SvcConfigHelper::getSettingHelp(int settingId) {
 
 void SvcConfigHelper::setStringValue(int settingId, kz::String value, int which) {
   const TextArgument<TN_TEXT_SIZE> text(value);
-  if (!text.fits()) fail(TN_VALUE_TOO_LONG);
+  if (!text.fits()) refuseTooLongValue();
+  if (text.holdsNul()) fail(TN_CONTROL_CHARACTER);
   check(TnSetStringValue(handle, settingId, text.get(), selector(which)));
 }
+
+void SvcConfigHelper::refuseTooLongValue() { fail(TN_VALUE_TOO_LONG); }
 
 void SvcConfigHelper::setLongValue(int settingId, std::int64_t value, int which) {
   check(TnSetLongValue(handle, settingId, value, selector(which)));

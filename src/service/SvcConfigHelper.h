@@ -62,8 +62,11 @@ class SvcConfigHelper : public kz::Object {
   void getValueLimit(int settingId, int* maximum, int* minimum);
   kz::String getSettingHelp(int settingId);
 
-  // The engine judges the values. A text over 1,023 bytes is refused before the call.
+  // The engine judges the values. A text that the interface could not
+  // carry, over 1,023 bytes or with a NUL in it, is refused before the call.
   void setStringValue(int settingId, kz::String value, int which);
+  // Throws what setStringValue throws for a text over that size.
+  [[noreturn]] void refuseTooLongValue();
   void setLongValue(int settingId, std::int64_t value, int which);
   void setBooleanValue(int settingId, bool value, int which);
   void setSelectionValue(int settingId, int count, int* items, int which);

@@ -89,9 +89,10 @@ void Utils::addBackslashChars(kz::String& text, char character) {
 }
 
 kz::String Utils::createDelimitedStr(StringList* list, char const* delimiter) {
+  const kz::String between(delimiter);
   kz::String joined;
   for (int i = 0; i < list->size(); ++i) {
-    if (i > 0) joined += delimiter;
+    if (i > 0) joined += between;
     joined += *list->get(i);
   }
   return joined;

@@ -1,5 +1,6 @@
 #include "kz/i18n/StringBundle.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <fcntl.h>
@@ -29,18 +30,21 @@ struct FileState {
   ino_t number = 0;  // 0: the file does not exist
   off_t size = 0;
   timespec modified{}, changed{};
+  bool isLink = false;  // to a file that lies elsewhere, where nobody watches it
 
   static FileState of(std::string const& path) {
     struct stat entry {};
-    if (stat(path.c_str(), &entry) != 0) return {};
-    return {entry.st_dev, entry.st_ino, entry.st_size, entry.st_mtim, entry.st_ctim};
+    if (lstat(path.c_str(), &entry) != 0) return {};
+    const bool isLink = S_ISLNK(entry.st_mode);
+    if (isLink && stat(path.c_str(), &entry) != 0) entry = {};
+    return {entry.st_dev, entry.st_ino, entry.st_size, entry.st_mtim, entry.st_ctim, isLink};
   }
   bool operator==(FileState const& other) const {
     const auto same = [](timespec const& left, timespec const& right) {
       return left.tv_sec == right.tv_sec && left.tv_nsec == right.tv_nsec;
     };
-    return device == other.device && number == other.number && size == other.size &&
-           same(modified, other.modified) && same(changed, other.changed);
+    return isLink == other.isLink && device == other.device && number == other.number &&
+           size == other.size && same(modified, other.modified) && same(changed, other.changed);
   }
 };
 
@@ -150,7 +154,8 @@ std::vector<StringBundle::Source> StringBundle::sources(std::string const& name,
   suffixes.emplace_back();
   std::vector<Source> sources;
   for (std::string const& suffix : suffixes) {
-    const std::string path = folder() + "/" + name + suffix + ".properties";
+    std::string path = folder();
+    path.append("/").append(name).append(suffix).append(".properties");
     sources.push_back({path, FileState::of(path)});
   }
   return sources;
@@ -182,7 +187,9 @@ Reference<StringBundle> StringBundle::getBundle(String const& name, Locale const
   const Locale language = locale != nullptr ? *locale : Locale::getDefault();
   Entry& entry = cache[{name.getBytes(), language.suffixes()}];
   const long generation = folderGeneration();
-  if (entry.bundle && entry.generation == generation) return entry.bundle;
+  const bool watched = std::none_of(entry.sources.begin(), entry.sources.end(),
+                                    [](Source const& source) { return source.state.isLink; });
+  if (entry.bundle && watched && entry.generation == generation) return entry.bundle;
   std::vector<Source> found = sources(name.getBytes(), language);
   if (!entry.bundle || found != entry.sources) {
     entry.bundle = {};  // a bundle that is gone stays gone when reading it throws

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 #include <utility>
 
@@ -10,13 +11,33 @@
 namespace kz::io {
 namespace {
 
+[[noreturn]] void fail() { throw ResultException(statusOfErrno(errno)); }
+
 // The result of a system call, tried again when a signal interrupted it.
 template <typename Call>
 auto retried(Call call) {
   for (;;) {
     const auto result = call();
     if (result >= 0) return result;
-    if (errno != EINTR) throw ResultException(statusOfErrno(errno));
+    if (errno != EINTR) fail();
+  }
+}
+
+// Reading or writing, where the descriptor is one that does not wait: another process that shares
+// it may have made it so. Then this waits.
+template <typename Call>
+std::size_t transferred(int descriptor, short event, Call call) {
+  for (;;) {
+    const ssize_t count = call();
+    if (count >= 0) return static_cast<std::size_t>(count);
+    if (errno == EAGAIN || errno == EWOULDBLOCK) {
+      struct pollfd waiting {
+        descriptor, event, 0
+      };
+      retried([&] { return poll(&waiting, 1, -1); });
+    } else if (errno != EINTR) {
+      fail();
+    }
   }
 }
 
@@ -40,20 +61,20 @@ int FileDescriptor::detach() noexcept { return std::exchange(descriptor_, -1); }
 void FileDescriptor::close() {
   if (!isOpen()) return;
   // The descriptor is gone even when close fails, with EINTR too.
-  if (::close(detach()) != 0 && errno != EINTR) throw ResultException(statusOfErrno(errno));
+  if (::close(detach()) != 0 && errno != EINTR) fail();
 }
 
 void writeAll(int descriptor, char const* bytes, std::size_t count) {
   while (count > 0) {
-    const auto written =
-        static_cast<std::size_t>(retried([&] { return write(descriptor, bytes, count); }));
+    const std::size_t written =
+        transferred(descriptor, POLLOUT, [&] { return write(descriptor, bytes, count); });
     bytes += written;
     count -= written;
   }
 }
 
 std::size_t readSome(int descriptor, char* bytes, std::size_t count) {
-  return static_cast<std::size_t>(retried([&] { return read(descriptor, bytes, count); }));
+  return transferred(descriptor, POLLIN, [&] { return read(descriptor, bytes, count); });
 }
 
 }  // namespace kz::io

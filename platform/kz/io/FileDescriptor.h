@@ -1,5 +1,6 @@
 // File descriptors of the system: the owner of one, and reading and writing on any. Every failed
-// operation throws ResultException with the status of the errno; a signal interrupts none.
+// operation throws ResultException with the status of the errno; a signal interrupts none, and a
+// descriptor that does not wait is waited for.
 #ifndef KNOB_KZ_IO_FILE_DESCRIPTOR_H
 #define KNOB_KZ_IO_FILE_DESCRIPTOR_H
 

@@ -6,6 +6,7 @@
 #include <poll.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
+#include <unistd.h>
 
 #include "kz/Exception.h"
 
@@ -23,18 +24,6 @@ bool isNamedPipe(int descriptor, struct stat const& entry) {
          system.f_type != PIPEFS_MAGIC;
 }
 
-void awaitWriter(int descriptor) {
-  struct pollfd waiting {
-    descriptor, POLLIN, 0
-  };
-  int ready = 0;
-  do {
-    ready = poll(&waiting, 1, kWriterTimeoutMilliseconds);
-  } while (ready < 0 && errno == EINTR);
-  if (ready < 0) fail(errno);
-  if (ready == 0) fail(ETIMEDOUT);
-}
-
 }  // namespace
 
 FileInputStream::FileInputStream(String const& name)
@@ -43,8 +32,33 @@ FileInputStream::FileInputStream(String const& name)
   struct stat entry {};
   if (fstat(file_.get(), &entry) != 0) fail(errno);
   if (S_ISDIR(entry.st_mode)) fail(EISDIR);
-  if (isNamedPipe(file_.get(), entry)) awaitWriter(file_.get());
+  if (isNamedPipe(file_.get(), entry)) awaitWriter();
   if (!S_ISREG(entry.st_mode) && fcntl(file_.get(), F_SETFL, O_RDONLY) != 0) fail(errno);
+}
+
+void FileInputStream::awaitWriter() {
+  struct pollfd waiting {
+    file_.get(), POLLIN, 0
+  };
+  int ready = 0;
+  do {
+    ready = poll(&waiting, 1, kWriterTimeoutMilliseconds);
+  } while (ready < 0 && errno == EINTR);
+  if (ready < 0) fail(errno);
+  if (ready > 0) return;
+  // Reading tells a writer that has nothing to say yet from no writer.
+  char byte = 0;
+  const ssize_t count = ::read(file_.get(), &byte, 1);
+  if (count == 0) fail(ETIMEDOUT);
+  if (count < 0 && errno != EAGAIN) fail(errno);
+  if (count > 0) first_ = byte;
+}
+
+std::size_t FileInputStream::read(char* bytes, std::size_t count) {
+  if (!first_) return readSome(file_.get(), bytes, count);
+  *bytes = *first_;
+  first_.reset();
+  return 1;
 }
 
 }  // namespace kz::io

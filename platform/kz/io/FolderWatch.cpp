@@ -48,7 +48,8 @@ bool FolderWatch::perhapsChanged() noexcept {
 
 void FolderWatch::arm() noexcept {
   try {
-    watched_ = {watch(folder_), watch(folder_ + "/..")};
+    // The one it lies in by name: the folder may be a link, which can be made to lead elsewhere.
+    watched_ = {watch(folder_), watch(folder_.substr(0, folder_.rfind('/')))};
     armed_ = true;
   } catch (Exception const&) {
     armed_ = false;  // every look is a "perhaps" then
