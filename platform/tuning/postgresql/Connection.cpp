@@ -1,0 +1,50 @@
+#include "tuning/postgresql/Connection.h"
+
+#include <memory>
+
+#include "tuning/TuningError.h"
+#include "tuning/postgresql/SqlState.h"
+
+namespace tn::postgresql {
+namespace {
+
+constexpr int kOldestServer = 100000;  // version 10
+
+}  // namespace
+
+Connection::Connection(const char* uri, const char* user, const char* password)
+    : connection_(ConnectionAttempt(uri, user, password).open()) {
+  if (PQserverVersion(connection_.get()) < kOldestServer) throw TuningError(TN_SERVER_TOO_OLD);
+  useUtf8();
+}
+
+// Asked for afterwards, and only where it is not so already: an encoding that is sent with the
+// connection request costs nothing, but hides what the server is configured to use.
+void Connection::useUtf8() {
+  if (reports("client_encoding", "UTF8") || reports("server_encoding", "SQL_ASCII")) return;
+  query("SET client_encoding TO 'UTF8'");
+}
+
+bool Connection::reports(const char* parameter, std::string_view value) const {
+  const char* const reported = PQparameterStatus(connection_.get(), parameter);
+  return reported != nullptr && reported == value;
+}
+
+Result Connection::query(const std::string& sql) {
+  if (PQstatus(connection_.get()) == CONNECTION_BAD) throw TuningError(TN_CONNECTION_LOST);
+  Result result(PQexec(connection_.get(), sql.c_str()));
+  const ExecStatusType outcome = PQresultStatus(result.get());
+  if (outcome == PGRES_TUPLES_OK || outcome == PGRES_COMMAND_OK) return result;
+  if (PQstatus(connection_.get()) == CONNECTION_BAD) throw TuningError(TN_CONNECTION_LOST);
+  const char* const code = PQresultErrorField(result.get(), PG_DIAG_SQLSTATE);
+  throw TuningError(SqlState::ofStatement(code ? code : ""));
+}
+
+std::string Connection::literal(const std::string& text) const {
+  const std::unique_ptr<char, decltype(&PQfreemem)> escaped(
+      PQescapeLiteral(connection_.get(), text.data(), text.size()), &PQfreemem);
+  if (!escaped) throw TuningError(TN_VALUE_REFUSED);
+  return escaped.get();
+}
+
+}  // namespace tn::postgresql

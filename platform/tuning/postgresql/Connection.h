@@ -1,0 +1,39 @@
+// An open connection to a server: statements go in, rows or TuningError come out. Text is UTF-8 in
+// both directions, except on a server whose database has no encoding (SQL_ASCII): its bytes pass
+// through.
+#ifndef KNOB_POSTGRESQL_CONNECTION_H
+#define KNOB_POSTGRESQL_CONNECTION_H
+
+#include <string>
+#include <string_view>
+
+#include "tuning/postgresql/ConnectionAttempt.h"
+#include "tuning/postgresql/Result.h"
+
+namespace tn::postgresql {
+
+class Connection {
+ public:
+  // Throws the status that tells why the server could not be reached or used.
+  Connection(const char* uri, const char* user, const char* password);
+
+  // One statement. Throws SqlState::ofStatement, or TN_CONNECTION_LOST.
+  Result query(const std::string& sql);
+
+  // True: the server checks no rights of this user. Costs nothing: the server tells it by itself.
+  bool isSuperuser() const { return reports("is_superuser", "on"); }
+
+  // The text as a literal that no text can leave, quotes included. Throws TN_VALUE_REFUSED for text
+  // that is not valid in the connection's encoding.
+  std::string literal(const std::string& text) const;
+
+ private:
+  bool reports(const char* parameter, std::string_view value) const;
+  void useUtf8();
+
+  ConnectionPointer connection_;
+};
+
+}  // namespace tn::postgresql
+
+#endif

@@ -1,0 +1,59 @@
+// What the server's configuration files say, as far as the role may look: read when a session's own
+// settings hide the server's, and before a change. The files' texts come as somebody wrote them.
+#ifndef KNOB_POSTGRESQL_SERVER_FILES_H
+#define KNOB_POSTGRESQL_SERVER_FILES_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tuning/postgresql/CommandLine.h"
+#include "tuning/postgresql/Connection.h"
+
+namespace tn::postgresql {
+
+class ServerFiles {
+ public:
+  explicit ServerFiles(Connection& connection);
+
+  // Reads the server's command line as well, which wins over the files.
+  void readCommandLine(Connection& connection);
+
+  // False: the role may not look, and nothing else here means anything.
+  bool readable() const { return readable_; }
+  // True: the role may make the server read its configuration again.
+  bool mayReload() const { return mayReload_; }
+
+  // What the command line, if it was read, or the files give the setting; not there when they do
+  // not name it.
+  std::optional<std::string_view> value(std::string_view settingName) const;
+  // What the files give without the one that ALTER SYSTEM writes: what a reset leaves.
+  std::optional<std::string_view> valueAfterReset(std::string_view settingName) const;
+  // True: the files hold an error for which the server would load nothing of them.
+  bool blocked() const { return blocked_; }
+
+ private:
+  struct Entry {
+    std::string name;
+    std::string value;
+    bool applied = false;
+    bool failed = false;
+    bool written = false;  // stands in the file that ALTER SYSTEM writes
+  };
+  void readRights(Connection& connection);
+  void readFiles(Connection& connection);
+  template <typename Condition>
+  std::optional<std::string_view> last(std::string_view settingName, Condition condition) const;
+
+  bool readable_ = false;
+  bool mayReload_ = false;
+  bool mayReadOptions_ = false;
+  bool blocked_ = false;
+  std::vector<Entry> entries_;  // in the order in which the server reads them
+  CommandLine commandLine_;
+};
+
+}  // namespace tn::postgresql
+
+#endif

@@ -1,0 +1,59 @@
+#include "tuning/postgresql/SettingText.h"
+
+#include <string_view>
+
+#include "tuning/postgresql/KnownSettings.h"
+
+namespace tn::postgresql {
+namespace {
+
+void addSentence(std::string& text, std::string_view sentence) {
+  if (sentence.empty()) return;
+  if (!text.empty()) text += ' ';
+  text += sentence;
+}
+
+// No line end or other control character, and no backslash: JSON output escapes neither here.
+std::string onOneLine(const std::string& text) {
+  std::string line;
+  for (const char c : text) {
+    if (c == '\\') {
+      line += "(backslash)";
+    } else {
+      line += static_cast<unsigned char>(c) < ' ' || c == '\x7f' ? ' ' : c;
+    }
+  }
+  return line;
+}
+
+}  // namespace
+
+std::string SettingText::of(const Setting& setting) {
+  std::string text;
+  addSentence(text, setting.shortText);
+  addSentence(text, setting.longText);
+  if (!setting.unit.empty()) addSentence(text, "Unit: " + std::string(setting.unit) + ".");
+  if (setting.real) {
+    addSentence(text, "Range: " + std::string(setting.minimum) + " to " +
+                          std::string(setting.maximum) + ".");
+  }
+  const bool announced = KnownSettings::announcesRestart(setting.id);
+  if (setting.needsRestart && !announced) {
+    addSentence(text, "A change takes effect when the server is restarted.");
+  }
+  if (!setting.needsRestart && announced) {
+    addSentence(text, "This server takes a change without a restart.");
+  }
+  if (setting.changeMayWait) {
+    addSentence(text, "A changed value may be waiting for a restart of the server.");
+  }
+  if (!setting.currentIsKnown) {
+    addSentence(
+        text,
+        "The value shown is the default: this session has its own, and the server's cannot be"
+        " read from its configuration files.");
+  }
+  return onOneLine(text);
+}
+
+}  // namespace tn::postgresql

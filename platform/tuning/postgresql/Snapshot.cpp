@@ -1,0 +1,241 @@
+#include "tuning/postgresql/Snapshot.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
+#include "tuning/postgresql/ServerFiles.h"
+#include "tuning/postgresql/SettingIds.h"
+#include "tuning/postgresql/ValueText.h"
+
+namespace tn::postgresql {
+namespace {
+
+// In the order of the query's columns.
+enum Column : int {
+  kName,
+  kSetting,
+  kUnit,
+  kCategory,
+  kShortText,
+  kLongText,
+  kContext,
+  kType,
+  kSource,
+  kMinimum,
+  kMaximum,
+  kChoices,
+  kDefault,
+  kConfigured,
+  kPendingRestart,
+};
+
+// Everything is named with its schema and no operator is used: a role's search_path could put
+// something else before them.
+constexpr char kQuery[] =
+    "SELECT name, setting, unit, category, short_desc, extra_desc, context, vartype, source,"
+    " min_val, max_val, enumvals, boot_val, reset_val, pending_restart"
+    " FROM pg_catalog.pg_settings";
+
+// The words of context, type and source below are the same in every language of the server.
+constexpr std::string_view kClientContexts[] = {"user", "superuser", "backend",
+                                                "superuser-backend"};
+
+constexpr std::string_view kSessionSources[] = {"global", "database",    "user", "database user",
+                                                "client", "interactive", "test", "session"};
+
+struct TypeName {
+  std::string_view name;
+  TnValueType type;
+};
+constexpr TypeName kTypes[] = {
+    {"bool", TN_TYPE_BOOLEAN}, {"integer", TN_TYPE_INTEGER}, {"enum", TN_TYPE_SINGLE_SELECTION},
+    {"real", TN_TYPE_STRING},  {"string", TN_TYPE_STRING},
+};
+
+// Left alone, the client's encoding is that of whatever database the session is in: no setting of
+// the server, whose default stands for just that.
+constexpr std::string_view kClientEncoding = "client_encoding";
+
+template <typename Range>
+bool holds(const Range& range, std::string_view text) {
+  return std::find(std::begin(range), std::end(range), text) != std::end(range);
+}
+
+// The elements of an array as the server writes one: {off,on,"read committed",""}.
+std::vector<std::string> elementsIn(std::string_view array) {
+  std::vector<std::string> elements;
+  if (array.size() <= 2) return elements;
+  elements.emplace_back();
+  bool quoted = false;
+  for (std::size_t i = 1; i + 1 < array.size(); ++i) {
+    if (array[i] == '"') {
+      quoted = !quoted;
+    } else if (array[i] == ',' && !quoted) {
+      elements.emplace_back();
+    } else {
+      if (array[i] == '\\') ++i;
+      elements.back() += array[i];
+    }
+  }
+  return elements;
+}
+
+std::string shownInteger(std::string_view text, std::string_view unit,
+                         const std::string& otherwise) {
+  const auto value = ValueText::integer(text, unit);
+  return value ? std::to_string(*value) : otherwise;
+}
+
+std::string shownString(std::string_view text, const Setting& setting,
+                        const std::string& otherwise) {
+  if (setting.real) {
+    const auto value = ValueText::real(text, setting.unit);
+    return value ? ValueText::ofReal(*value) : otherwise;
+  }
+  if (setting.list == NameList::Kind::none) return std::string(text);
+  const auto names = NameList::ofServer(text, setting.list);
+  return names ? NameList::shown(*names) : std::string(text);
+}
+
+std::string shownChoice(std::string_view text, const Setting& setting) {
+  const auto item = ValueText::choice(text, setting.items);
+  return item ? setting.items[*item] : std::string(text);
+}
+
+// The value as it is shown, whether the server or a person wrote the text.
+std::string shown(std::string_view text, const Setting& setting) {
+  switch (setting.type) {
+    case TN_TYPE_BOOLEAN: {
+      const auto value = ValueText::boolean(text);
+      return value ? (*value ? "on" : "off") : setting.fallback;
+    }
+    case TN_TYPE_INTEGER:
+      return shownInteger(text, setting.unit, setting.fallback);
+    case TN_TYPE_SINGLE_SELECTION:
+      return shownChoice(text, setting);
+    default:
+      return shownString(text, setting, setting.fallback);
+  }
+}
+
+// The server takes some choices that it does not list; one that is in force has to have a place.
+void addChoice(Setting& setting, const std::string& choice) {
+  if (setting.type != TN_TYPE_SINGLE_SELECTION || holds(setting.items, choice)) return;
+  setting.items.push_back(choice);
+}
+
+}  // namespace
+
+Snapshot::Snapshot(Connection& connection) : rows_(connection.query(kQuery)) {
+  std::vector<std::string_view> names;
+  std::vector<int> hidden;
+  for (int row = 0; row < rows_.rows(); ++row) {
+    names.push_back(rows_.text(row, kName));
+    if (isHidden(row)) hidden.push_back(row);
+  }
+  if (!hidden.empty()) lookUpHidden(connection, hidden);
+  int row = 0;
+  for (const int32_t id : SettingIds::of(names)) places_.push_back({id, row++});
+  std::sort(places_.begin(), places_.end(),
+            [](const Place& a, const Place& b) { return a.id < b.id; });
+}
+
+bool Snapshot::isHidden(int row) const { return holds(kSessionSources, rows_.text(row, kSource)); }
+
+void Snapshot::lookUpHidden(Connection& connection, const std::vector<int>& hidden) {
+  ServerFiles files(connection);
+  files.readCommandLine(connection);
+  filesReadable_ = files.readable() && !files.blocked();
+  for (const int row : hidden) {
+    const auto text = files.value(rows_.text(row, kName));
+    hidden_[row] = text ? std::optional<std::string>(*text) : std::nullopt;
+  }
+}
+
+const Snapshot::Place* Snapshot::place(int32_t settingId) const {
+  const auto found = std::lower_bound(places_.begin(), places_.end(), settingId,
+                                      [](const Place& place, int32_t id) { return place.id < id; });
+  return found != places_.end() && found->id == settingId ? &*found : nullptr;
+}
+
+bool Snapshot::contains(int32_t settingId) const { return place(settingId) != nullptr; }
+
+Setting* Snapshot::setting(int32_t settingId) {
+  const auto built = settings_.find(settingId);
+  if (built != settings_.end()) return &built->second;
+  const Place* const where = place(settingId);
+  return where ? &settings_.emplace(settingId, build(*where)).first->second : nullptr;
+}
+
+Setting Snapshot::build(const Place& place) const {
+  const int row = place.row;
+  Setting setting;
+  setting.id = place.id;
+  setting.name = rows_.text(row, kName);
+  setting.unit = rows_.text(row, kUnit);
+  setting.shortText = rows_.text(row, kShortText);
+  setting.longText = rows_.text(row, kLongText);
+  setting.minimum = rows_.text(row, kMinimum);
+  setting.maximum = rows_.text(row, kMaximum);
+  readType(setting, row);
+  readValues(setting, row);
+  addChoice(setting, setting.fallback);
+  addChoice(setting, setting.current);
+  return setting;
+}
+
+void Snapshot::readType(Setting& setting, int row) const {
+  const std::string_view type = rows_.text(row, kType);
+  const auto known = std::find_if(std::begin(kTypes), std::end(kTypes),
+                                  [type](const TypeName& entry) { return entry.name == type; });
+  setting.type = known == std::end(kTypes) ? TnValueType{TN_TYPE_STRING} : known->type;
+  setting.real = type == "real";
+  if (setting.type == TN_TYPE_STRING) setting.list = NameList::kindOf(setting.name);
+  if (setting.type == TN_TYPE_SINGLE_SELECTION) {
+    setting.items = elementsIn(rows_.text(row, kChoices));
+  }
+  const std::string_view context = rows_.text(row, kContext);
+  setting.server = !holds(kClientContexts, context);
+  setting.needsRestart = context == "postmaster";
+  setting.preset = context == "internal";
+}
+
+// `setting` may be a text made for display ("0600", "(disabled)") where `reset_val` has the value;
+// of presets, which nobody configures, some are told by `setting` alone.
+void Snapshot::readValues(Setting& setting, int row) const {
+  setting.fallback = shown(rows_.text(row, kDefault), setting);
+  setting.current = setting.fallback;
+  setting.changeMayWait = rows_.flag(row, kPendingRestart);
+  const std::string_view source = rows_.text(row, kSource);
+  setting.ofCommandLine = source == "command line";
+  if (isHidden(row)) {
+    setting.currentIsKnown = filesReadable_;
+    if (const auto& text = hidden_.at(row)) setting.current = shown(*text, setting);
+    return;
+  }
+  if (setting.name == kClientEncoding && source == "default") return;
+  const bool displayed = setting.preset && setting.type != TN_TYPE_INTEGER;
+  setting.current = shown(rows_.text(row, displayed ? kSetting : kConfigured), setting);
+}
+
+const std::vector<SettingCategory>& Snapshot::categories() {
+  if (!categories_.empty()) return categories_;
+  std::vector<SettingGroups::Member> members(places_.size());
+  for (const Place& place : places_) {
+    members[static_cast<std::size_t>(place.row)] = {rows_.text(place.row, kName),
+                                                    rows_.text(place.row, kCategory), place.id};
+  }
+  categories_ = SettingGroups::of(members);
+  return categories_;
+}
+
+const SettingCategory* Snapshot::category(int32_t categoryId) {
+  const auto& list = categories();
+  const auto found = std::find_if(list.begin(), list.end(), [categoryId](const auto& category) {
+    return category.id == categoryId;
+  });
+  return found == list.end() ? nullptr : &*found;
+}
+
+}  // namespace tn::postgresql

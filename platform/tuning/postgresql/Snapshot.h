@@ -1,0 +1,60 @@
+// All settings of a server at one moment, read with one query, with everything that is derived from
+// it: ids, categories, types and the values that the server - not this program's own session - has.
+//
+// A session starts with the server's values and may get others from its role, its database or its
+// client. Where that has happened the server's value is looked up in its configuration files, if
+// the role may read them, and is the default otherwise.
+#ifndef KNOB_POSTGRESQL_SNAPSHOT_H
+#define KNOB_POSTGRESQL_SNAPSHOT_H
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tuning/postgresql/Connection.h"
+#include "tuning/postgresql/Result.h"
+#include "tuning/postgresql/Setting.h"
+#include "tuning/postgresql/SettingGroups.h"
+
+namespace tn::postgresql {
+
+class Snapshot {
+ public:
+  explicit Snapshot(Connection& connection);
+
+  // In display order, cut so that each keeps to the capacities of the tuning interface.
+  const std::vector<SettingCategory>& categories();
+  // Null for an id that does not exist here. What is found stays where it is as long as the
+  // snapshot lives.
+  const SettingCategory* category(int32_t categoryId);
+  Setting* setting(int32_t settingId);
+  bool contains(int32_t settingId) const;
+
+ private:
+  struct Place {
+    int32_t id;
+    int row;
+  };
+  const Place* place(int32_t settingId) const;
+  bool isHidden(int row) const;
+  void lookUpHidden(Connection& connection, const std::vector<int>& hidden);
+  Setting build(const Place& place) const;
+  void readType(Setting& setting, int row) const;
+  void readValues(Setting& setting, int row) const;
+
+  Result rows_;
+  std::vector<Place> places_;  // by id
+  // What the files and the command line give the settings whose value a session's own hides.
+  std::map<int, std::optional<std::string>> hidden_;
+  bool filesReadable_ = false;
+
+  // Made when they are first asked for: most runs look at one setting.
+  std::map<int32_t, Setting> settings_;
+  std::vector<SettingCategory> categories_;
+};
+
+}  // namespace tn::postgresql
+
+#endif
