@@ -1,0 +1,130 @@
+// Holds the message bundles against what the program does with them: the keys that it asks for, the
+// arguments that it passes, and the statuses that a user can be shown.
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <map>
+#include <sstream>
+
+#include "support/TempFolder.h"
+
+namespace {
+
+using Texts = std::map<std::string, std::string>;
+
+const std::string kSource = KNOB_SOURCE_DIR;
+
+// The lines KEY=text; without the prefix of the keys.
+Texts read(std::istream&& lines, std::string const& prefix = "") {
+  Texts texts;
+  for (std::string line; std::getline(lines, line);) {
+    const std::size_t equals = line.find('=');
+    if (line.starts_with('#') || equals == std::string::npos) continue;
+    const std::size_t start = line.starts_with(prefix) ? prefix.size() : 0;
+    texts[line.substr(start, equals - start)] = line.substr(equals + 1);
+  }
+  return texts;
+}
+
+const Texts kProgram = read(std::ifstream(kSource + "/share/knob/KNOB.properties"), "KNOB_");
+const Texts kStatuses =
+    read(std::ifstream(kSource + "/share/knob/TNMSG.properties"), "KZ_MSG_P_E_");
+
+// Each key of the program's bundle with the kinds of its arguments: t a text, n a number.
+Texts keys() {
+  std::string words =
+      "ACCESS_ERROR= COPYRIGHT= ERR_CREATE_FILE=ttn ERR_FILE_NOT_CREATED= ERR_INTERACTIVE_INPUT= "
+      "ERR_INVALID_COMMAND= ERR_INVALID_VALUE=tn ERR_READ_FILE=ttn ERR_SKIP_STG=t ERR_STG_VALUE=tn "
+      "ERR_VALUE_NOT_FOUND=n FATAL_ERROR=n FILE_NOT_FOUND_ERROR= HDR_CATEGORY=ntn HDR_CLIENT= "
+      "HDR_COUNT=n HDR_MATCH_STG=t HDR_QRY_STRING=t HDR_SERVER= INFO_MAX_DISK= INFO_MAX_MEM= "
+      "INFO_MAX_MEM_DISK= INFO_NO_MATCH=t INFO_OVERWRITE=t INFO_RESTART= INFO_STG_UPDATED=n "
+      "INFO_STG_UPDATED_FILE=t INFO_STGS_WRITTEN=t INVALID_SETTING_VALUE= MISSING_OPTION_VALUE=t "
+      "NAME=t READING_ENDED_ON_ERROR=t TAG_BOOL_OPTIONS=tt TAG_DEF_VALUE=t TAG_DESC=tt TAG_ID= "
+      "TAG_OPTIONS= TAG_RANGE=nt TAG_VALUE= UNKNOWN_OPTION=t USAGE= WRITE_SETTING_ERROR=nt";
+  std::replace(words.begin(), words.end(), ' ', '\n');
+  return read(std::istringstream(words));
+}
+
+// The kinds of the conversions in order; ? for one that the program passes no argument for.
+std::string kindsOf(std::string const& text) {
+  std::string kinds;
+  for (std::size_t at = 0; (at = text.find('%', at)) != std::string::npos; ++at) {
+    const std::size_t flags = ++at;
+    at = std::min(text.find_first_not_of("#0- +123456789", flags), text.size());
+    const char kind = at < text.size() ? text[at] : '?';
+    if (kind == '%' && at == flags) continue;
+    kinds += kind == 's' ? 't' : kind == 'd' || kind == 'X' ? 'n' : '?';
+  }
+  return kinds;
+}
+
+// What stands after each occurrence of the beginning, as far as it is made of these characters.
+std::vector<std::string> scan(std::string const& text, std::string const& beginning,
+                              char const* characters) {
+  std::vector<std::string> found;
+  for (std::size_t at = 0; (at = text.find(beginning, at)) != std::string::npos;) {
+    at += beginning.size();
+    found.push_back(text.substr(at, text.find_first_not_of(characters, at) - at));
+  }
+  return found;
+}
+
+TEST(Bundles, GiveEachKeyATextThatTakesItsArguments) {
+  Texts expected = keys();
+  expected.merge(Texts{{"8002", ""}, {"8004", ""}});
+  Texts kinds;
+  for (auto const& [key, text] : kProgram) kinds[key] = kindsOf(text);
+  EXPECT_EQ(kinds, expected);
+}
+
+TEST(Bundles, AreAskedForTheirKeysAndNoOthers) {
+  std::string code;
+  for (auto const& entry : std::filesystem::recursive_directory_iterator(kSource + "/src")) {
+    if (entry.path().extension() == ".cpp") code += readFile(entry.path());
+  }
+  const Texts known = keys();
+  for (std::string const& key : scan(code, "getResStr(\"", "ABCDEFGHIJKLMNOPQRSTUVWXYZ_")) {
+    EXPECT_TRUE(known.contains(key)) << key << " is asked for";
+  }
+  for (auto const& [key, kinds] : known) {
+    EXPECT_NE(code.find("\"" + key + "\""), std::string::npos) << key << " is used nowhere";
+  }
+}
+
+TEST(Bundles, GiveEachStatusASentence) {
+  const std::string interface = readFile(kSource + "/src/service/TuningInterface.h");
+  std::vector<std::string> described;
+  for (auto const& [status, text] : kStatuses) {
+    described.push_back(status);
+    EXPECT_TRUE(text.ends_with('.') && isupper(text[0])) << status << " is no sentence";
+    EXPECT_EQ(text.find('%'), std::string::npos) << status;
+  }
+  std::vector<std::string> defined;
+  for (std::string const& digits : scan(interface, " = 7", "0123456789"))
+    defined.push_back("7" + digits);
+  EXPECT_EQ(described, defined);
+}
+
+TEST(Bundles, FitIntoTheProgramsBuffers) {
+  for (Texts const* const texts : {&kProgram, &kStatuses}) {
+    for (auto const& [key, text] : *texts) {
+      EXPECT_TRUE(!text.empty() && text.size() <= 1023) << key;
+    }
+  }
+  EXPECT_EQ(kProgram.at("NAME").find('%'), 22U) << "the version is what comes after 22 characters";
+}
+
+TEST(Bundles, KeepTheTagsOfASettingsFileApart) {
+  for (std::string const tag : {"TAG_ID", "TAG_VALUE"}) {
+    std::string const& start = kProgram.at(tag);
+    for (std::string const line :
+         {"TAG_ID", "TAG_VALUE", "TAG_RANGE", "TAG_BOOL_OPTIONS", "TAG_OPTIONS", "TAG_DEF_VALUE",
+          "TAG_DESC", "HDR_CATEGORY", "HDR_COUNT", "INFO_STGS_WRITTEN"}) {
+      // The import ignores case, and an argument could complete what is in front of it.
+      const std::size_t fixed = std::min(kProgram.at(line).find('%'), start.size());
+      EXPECT_TRUE(line == tag || strncasecmp(kProgram.at(line).c_str(), start.c_str(), fixed) != 0)
+          << line << " can begin with " << tag;
+    }
+  }
+}
+
+}  // namespace

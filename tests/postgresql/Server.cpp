@@ -1,0 +1,147 @@
+#include "postgresql/Server.h"
+
+#include <arpa/inet.h>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <nlohmann/json.hpp>
+#include <pwd.h>
+#include <sstream>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr char kPrograms[] = "/usr/lib/postgresql/15/bin/";
+// A folder with locales that the tests have made for the server, next to the system's own.
+constexpr char kLocaleFolder[] = "/locales";
+
+uid_t serverUser() {
+  if (geteuid() != 0) return 0;
+  passwd const* const entry = getpwnam("postgres");
+  return entry ? entry->pw_uid : kNobody;
+}
+
+std::string freePort() {
+  const int probe = socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  EXPECT_EQ(0, bind(probe, reinterpret_cast<sockaddr*>(&address), size));
+  EXPECT_EQ(0, getsockname(probe, reinterpret_cast<sockaddr*>(&address), &size));
+  close(probe);
+  return std::to_string(ntohs(address.sin_port));
+}
+
+}  // namespace
+
+std::string Server::obstacle() {
+  const std::string server = std::string(kPrograms) + "postgres";
+  return access(server.c_str(), X_OK) == 0 ? "" : "there is no " + server + " (postgresql-15)";
+}
+
+Server& Server::shared() {
+  static Server server;
+  static const bool ready = [] {
+    server.sql(
+        "CREATE ROLE plain LOGIN\nCREATE ROLE full LOGIN CONNECTION LIMIT 0\n"
+        "CREATE ROLE secret LOGIN PASSWORD 'right'\n"
+        "CREATE DATABASE closed\nREVOKE CONNECT ON DATABASE closed FROM public");
+    const std::string rules = server.data("pg_hba.conf");
+    writeFile(rules, "host all secret all scram-sha-256\n" + readFile(rules));
+    return true;
+  }();
+  EXPECT_TRUE(ready);
+  return server;
+}
+
+Server::Server(Server const* copyOf) : port_(freePort()) {
+  if (serverUser() != 0) {
+    EXPECT_EQ(0, chown(folder().c_str(), serverUser(), static_cast<gid_t>(-1)));
+  }
+  const std::string folderOfData = data("");
+  Outcome made = copyOf ? command("pg_basebackup", {"-D", folderOfData, "-R", "-X", "stream", "-c",
+                                                    "fast", "--no-sync", "-d", copyOf->uri()})
+                        : command("initdb", {"-D", folderOfData, "-U", "postgres", "-A", "trust",
+                                             "--no-sync", "-E", "UTF8", "--locale=C"});
+  EXPECT_EQ(0, made.status) << made.err;
+  start();
+}
+
+Server::~Server() { stop("immediate"); }
+
+std::string Server::uri(std::string const& database) const {
+  return "postgresql://postgres@/" + database + "?host=" + folder() + "&port=" + port_;
+}
+
+std::string Server::written() const {
+  std::istringstream file(readFile(data("postgresql.auto.conf")));
+  std::string settings;
+  for (std::string line; std::getline(file, line);) {
+    if (!line.starts_with("#")) settings += line + "\n";
+  }
+  return settings;
+}
+
+void Server::start(std::string const& options) {
+  const Outcome run = command(
+      "pg_ctl",
+      {"-D", data(""), "-l", folder() + "/log", "-w", "-o",
+       "-c fsync=off -k " + folder() + " -h 127.0.0.1 -p " + port_ + " " + options, "start"});
+  EXPECT_EQ(0, run.status) << run.out << readFile(folder() + "/log");
+}
+
+void Server::stop(std::string const& mode) {
+  command("pg_ctl", {"-D", data(""), "-m", mode, "-w", "stop"});
+}
+
+std::string Server::sql(std::string const& statements, std::string const& database) const {
+  std::istringstream lines(statements);
+  std::vector<std::string> arguments{"-XAtq", "-v", "ON_ERROR_STOP=1", uri(database)};
+  for (std::string line; std::getline(lines, line);) {
+    arguments.insert(arguments.end(), {"-c", line});
+  }
+  const Outcome run = command("psql", arguments);
+  EXPECT_EQ(0, run.status) << statements << run.err;
+  return run.out.substr(0, run.out.find_last_not_of('\n') + 1);
+}
+
+void Server::reset() const { sql("ALTER SYSTEM RESET ALL\nSELECT pg_reload_conf()"); }
+
+Process Server::knob(std::vector<std::string> arguments, std::string const& database) const {
+  arguments.insert(arguments.end(), {"-S", uri(database)});
+  return ::knob(folder(), std::move(arguments));
+}
+
+Outcome Server::set(std::string const& name, std::string const& value) const {
+  return knob({id(name), value}).run();
+}
+
+std::string Server::value(std::string const& name, std::map<std::string, std::string> environment,
+                          std::string const& user) const {
+  Process process = knob({id(name), "-JSON", "-U", user});
+  process.environment.merge(environment);
+  const Outcome run = process.run();
+  EXPECT_EQ(0, run.status) << run.out;
+  return nlohmann::json::parse(run.out)["value"];
+}
+
+std::string Server::id(std::string const& name) const {
+  const auto found = nlohmann::json::parse(knob({"-H", name, "-JSON"}).run().out)["search_output"];
+  for (auto const& entry : found) {
+    if (entry.is_object() && entry["Setting"] == name)
+      return std::to_string(entry["ID"].get<int>());
+  }
+  ADD_FAILURE() << "no setting " << name;
+  return "0";
+}
+
+Outcome Server::command(std::string const& program, std::vector<std::string> arguments) const {
+  arguments.insert(arguments.begin(), kPrograms + program);
+  Process process{std::move(arguments), {{"HOME", folder()}, {"LC_ALL", "C.UTF-8"}}};
+  process.environment["LOCPATH"] = folder() + kLocaleFolder;
+  process.folder = folder();
+  process.user = serverUser();
+  return process.run();
+}

@@ -1,0 +1,55 @@
+// A PostgreSQL server that lives as long as the object: its data and its socket in a temporary
+// folder, on a free port, as a user that is not root (a server refuses to run as root).
+#ifndef KNOB_TESTS_POSTGRESQL_SERVER_H
+#define KNOB_TESTS_POSTGRESQL_SERVER_H
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "support/Process.h"
+#include "support/TempFolder.h"
+
+class Server {
+ public:
+  // Why there can be no server here; empty when there can.
+  static std::string obstacle();
+  // The server that most tests share, started when it is first asked for. It has the roles plain,
+  // secret (password "right") and full (no connection left) and a database that is closed to them.
+  static Server& shared();
+
+  // `copyOf`: the new server is a standby of that one.
+  explicit Server(Server const* copyOf = nullptr);
+  ~Server();
+
+  std::string uri(std::string const& database = "postgres") const;
+  std::string const& folder() const { return folder_.path(); }
+  std::string const& port() const { return port_; }
+  std::string data(std::string const& file) const { return folder_ / ("data/" + file); }
+  // What ALTER SYSTEM has written, without its comment.
+  std::string written() const;
+
+  void start(std::string const& options = "");
+  void stop(std::string const& mode = "fast");
+  void restart() { stop(), start(); }
+  // The output of the statements, without the line end. Fails the test when one fails.
+  std::string sql(std::string const& statements, std::string const& database = "postgres") const;
+  // Takes every change back that a test has made to the configuration.
+  void reset() const;
+
+  // knob on this server.
+  Process knob(std::vector<std::string> arguments, std::string const& database = "postgres") const;
+  // Settings are named here, not numbered.
+  Outcome set(std::string const& name, std::string const& value) const;
+  std::string value(std::string const& name, std::map<std::string, std::string> environment = {},
+                    std::string const& user = "postgres") const;
+  std::string id(std::string const& name) const;
+
+ private:
+  Outcome command(std::string const& program, std::vector<std::string> arguments) const;
+
+  TempFolder folder_;
+  std::string port_;
+};
+
+#endif

@@ -1,0 +1,280 @@
+#include <functional>
+#include <gtest/gtest.h>
+
+#include "commands/CommandProcessor.h"
+#include "kz/io/OutputStreamWriter.h"
+#include "kz/io/StdioOutputStream.h"
+#include "support/TempFolder.h"
+#include "support/TnDouble.h"
+#include "util/NumberFormatException.h"
+
+namespace {
+
+using Calls = std::vector<std::string>;
+
+template <typename... Arguments>
+std::string say(char const* key, Arguments... arguments) {
+  return MessageHelper("KNOB", "KNOB_").getResStr(key, arguments...).getBytes();
+}
+
+std::string number(int value) { return std::to_string(value); }
+
+// Output as it is easier to read: > for a tab, | for a line end, ' for a double quote.
+std::string drawn(std::string text) {
+  for (char& character : text) {
+    const std::size_t at = std::string_view(">|'").find(character);
+    if (at != std::string_view::npos) character = "\t\n\""[at];
+  }
+  return text;
+}
+
+std::string header(std::string const& text) {
+  const std::string rule = std::string(text.size(), '=') + "\n";
+  return rule + kz::String(text).toUpper().getBytes() + "\n" + rule;
+}
+
+kz::Reference<kz::io::PrintWriter> writerOn(kz::Reference<kz::io::OutputStream> stream) {
+  kz::Reference<kz::io::Writer> writer(new kz::io::OutputStreamWriter(stream.get(), nullptr, 2048));
+  return kz::Reference<kz::io::PrintWriter>(new kz::io::PrintWriter(writer.get(), true));
+}
+
+struct Result {
+  std::string out, err, failure;
+};
+
+class Commands : public testing::Test {
+ protected:
+  // One run of the program, from the connection on.
+  Result run(std::function<void(CommandProcessor&)> const& operation,
+             std::string const& output = "", std::string const& input = "") {
+    Result result;
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    auto out = writerOn(kz::Reference<kz::io::OutputStream>(new kz::io::StdioOutputStream));
+    auto err = writerOn(kz::io::StdioOutputStream::getStdErrorStream());
+    kz::Reference<Logger> log(new Logger);
+    kz::Reference<SvcConfigHelper> service(new SvcConfigHelper);
+    service->connect("", "", "");
+    engine.calls.clear();
+    try {
+      CommandProcessor processor(service, out, err, log, output, input);
+      operation(processor);
+    } catch (SvcException const& failure) {
+      result.failure = number(failure.getErrorCode());
+    } catch (NumberFormatException const&) {
+      result.failure = "no number";
+    } catch (kz::Exception const& failure) {
+      result.failure = failure.getDescription().getBytes() + number(failure.getResult());
+    }
+    EXPECT_EQ(engine.calls.back(), "TnStop(0)");
+    result.out = testing::internal::GetCapturedStdout();
+    result.err = testing::internal::GetCapturedStderr();
+    return result;
+  }
+  Result show(int id, bool json, int mode) {
+    return run([=](CommandProcessor& processor) { processor.printIDDetails(id, json, mode); });
+  }
+  Result exportTo(std::string const& name, bool ignoreErrors, bool suppressPrompt, bool json) {
+    return run(
+        [=](CommandProcessor& processor) {
+          processor.writeConfiguration(ignoreErrors, suppressPrompt, json);
+        },
+        name);
+  }
+
+  TnDouble& engine = TnDouble::reset();
+  const TempFolder folder;
+  const std::string file = folder / "settings";
+};
+
+TEST_F(Commands, ShowEveryTypeExactly) {
+  const std::string noMembers = ">'range': [ ],|>'options': [ ],|";
+  const std::string items = ">" + say("TAG_OPTIONS") + "|>>0>red|>>1>green|>>2>blue|";
+  const std::string itemMembers =
+      ">'range': [ ],|>'options': [|>>{'index': 0,'value': 'red'},|"
+      ">>{'index': 1,'value': 'green'},|>>{'index': 2,'value': 'blue'}|>],|";
+  const struct {
+    int id, type;
+    std::string name, value, standard, options, members;
+  } cases[] = {
+      {25, 1, "Cache Size", "5", "4", ">" + say("TAG_RANGE", -3, "100") + "|",
+       ">'range': [|>>{'min_range': -3, 'max_range': 100}|>],|>'options': [ ],|"},
+      {26, 0, "Cache Max Size", "Yes", "Nope", ">" + say("TAG_BOOL_OPTIONS", "Yes\t", "Nope") + "|",
+       ">'range': [ ],|>'options': [|>>{'index': 0,'value': 'Yes'},|>>{'index': 1,'value': 'Nope'}|"
+       ">],|"},
+      {74, 2, "Log Path", "C:\\a", "\\", "", noMembers},
+      {81, 4, "Colors", "0 2", "", items, itemMembers},
+      {82, 9, "Odd", "", "", "", noMembers}};
+  for (auto const& [id, type, name, value, standard, options, members] : cases) {
+    const std::string help = id == 25 ? "The \"size\" on C:\\." : "Help.";
+    const std::string jsonHelp = id == 25 ? "The \\\"size\\\" on C:\\." : "Help.";
+    const std::string side = say(id == 26 ? "HDR_CLIENT" : "HDR_SERVER");
+    const std::string text = header(name) + "\t" + say("TAG_ID") + " " + number(id) + "\n\t" +
+                             say("TAG_VALUE") + " " + value + "\n" + drawn(options) + "\t" +
+                             say("TAG_DEF_VALUE", standard.c_str()) + "\n\t" +
+                             say("TAG_DESC", side.c_str(), help.c_str()) + "\n";
+    const std::string json =
+        drawn(">'name': '" + name + "',|>'id': " + number(id) + ",|>'value': '" +
+              (id == 74 ? "C:\\\\a" : value) + "',|>'type': " + number(type) + ",|" + members +
+              ">'default_values': '" + (id == 74 ? "\\\\" : standard) + "',|>'description': '" +
+              jsonHelp + "',|>'clientserver': '" + (id == 26 ? "Client'|" : "Server'|"));
+    // The export has the same lines two tabs further to the right, and every maximum in quotes.
+    std::string exported = "\t\t" + json;
+    for (std::size_t end = 0; (end = exported.find('\n', end + 1)) + 1 < exported.size();) {
+      exported.insert(end + 1, "\t\t");
+    }
+    if (type == 1) exported.replace(exported.find("100"), 3, "\"100\"");
+    EXPECT_EQ(show(id, false, CommandProcessor::DISPLAY_LAYOUT).out, text);
+    EXPECT_EQ(show(id, true, CommandProcessor::DISPLAY_LAYOUT).out, json);
+    EXPECT_EQ(show(id, true, CommandProcessor::EXPORT_LAYOUT).out, exported);
+  }
+  engine.answers["TnCountSelectionItems(-1,81)"].numbers = {0};
+  engine.answers["TnGetAllPossibleSelections(-1,81,0)"].numbers = {};
+  EXPECT_NE(show(81, true, 4).out.find(drawn("|>'options': [|>],|")), std::string::npos);
+  for (const int id : {27, 999}) {
+    EXPECT_EQ(show(id, true, 4).failure + show(id, true, 4).out, "8002");
+  }
+}
+
+TEST_F(Commands, ShowSymbolicMaximaInWords) {
+  for (auto const& [maximum, key] : std::vector<std::pair<int, char const*>>{
+           {-1, "INFO_MAX_MEM"}, {-2, "INFO_MAX_DISK"}, {-129, "INFO_MAX_MEM_DISK"}}) {
+    engine.answers["TnGetValueLimit(-1,25)"].numbers[0] = maximum;
+    const std::string member = ", \"max_range\": \"" + say(key) + "\"}\n";
+    EXPECT_NE(show(25, true, 1).out.find(member), std::string::npos);
+    EXPECT_NE(show(25, true, 4).out.find(member), std::string::npos);
+    EXPECT_NE(show(25, false, 4).out.find(say("TAG_RANGE", -3, say(key).c_str())),
+              std::string::npos);
+  }
+}
+
+TEST_F(Commands, SetEveryTypeAndConfirm) {
+  const struct {
+    int id;
+    std::vector<std::string> values;
+    std::string outcome;  // the call, or the failure before one
+  } cases[] = {{25, {" 7", "8"}, "TnSetLongValue(-1,25,7,2)"},
+               {25, {"-4294967297"}, "TnSetLongValue(-1,25,-4294967297,2)"},
+               {26, {"yes", "x"}, "TnSetBooleanValue(-1,26,1,2)"},
+               {26, {"True"}, "TnSetBooleanValue(-1,26,1,2)"},
+               {26, {"NOPE"}, "TnSetBooleanValue(-1,26,0,2)"},
+               {26, {"0"}, "TnSetBooleanValue(-1,26,0,2)"},
+               {26, {"no"}, "8004"},
+               {74, {"a", "b"}, "TnSetStringValue(-1,74,a,2)"},
+               {74, {""}, "TnSetStringValue(-1,74,,2)"},
+               {81, {"0", "2"}, "TnSetSelectionValue(-1,81,0 2 ,2)"},
+               {81, {"0", "x"}, "no number"},
+               {82, {"5"}, "TnSetSelectionValue(-1,82,5 ,2)"},
+               {27, {"1"}, "8002"}};
+  for (auto const& row : cases) {
+    const kz::Reference<CommandProcessor::StringList> list(new CommandProcessor::StringList);
+    for (std::string const& value : row.values) list->add(new kz::String(value));
+    const bool restart = row.id == 26 || row.id == 74;
+    const std::string text =
+        say("INFO_STG_UPDATED", row.id) + (restart ? " " + say("INFO_RESTART") : "");
+    for (const bool json : {false, true}) {
+      const Result result =
+          run([&](CommandProcessor& processor) { processor.setValue(row.id, list.get(), json); });
+      const Calls calls = engine.callsOf("TnSet");
+      EXPECT_EQ((calls.empty() ? "" : calls.at(0)) + result.failure, row.outcome);
+      const std::string confirmation = json ? "\t\"status\": \"" + text + "\"\n" : text + "\n";
+      EXPECT_EQ(result.out, calls.empty() ? "" : confirmation);
+    }
+  }
+}
+
+TEST_F(Commands, KnowWhichSettingsNeedARestartAndWhichMayBeEmpty) {
+  run([](CommandProcessor& processor) {
+    int restarts = 0;
+    for (int id = -1; id < 1000; ++id) {
+      restarts += processor.requiresRestart(id) ? 1 : 0;
+      EXPECT_EQ(processor.setttingSupportsEmptyValue(id), id == 74);
+    }
+    EXPECT_EQ(restarts, 72);
+    for (const int id : {26, 149, 168, 301}) EXPECT_TRUE(processor.requiresRestart(id));
+  });
+}
+
+TEST_F(Commands, ExportTextThatTheImportReads) {
+  engine.answers["TnGetSettingList(-1,2,50)"]
+      .numbers.pop_back();  // the odd one has no value to read
+  EXPECT_EQ(exportTo(folder / "a/b", false, false, false).out, "");
+  std::string expected = header(say("HDR_CATEGORY", 1, "Caches\t", 6)) + say("HDR_COUNT", 3) +
+                         "\n" + show(25, false, 1).out + show(26, false, 1).out;
+  expected += header(say("HDR_CATEGORY", 2, "Files\t", 0)) + say("HDR_COUNT", 2) + "\n";
+  for (const int id : {74, 81}) expected += show(id, false, 1).out;
+  EXPECT_EQ(readFile(folder / "a/b"),
+            expected + "\t" + say("INFO_STGS_WRITTEN", (folder / "a/b").c_str()) + "\n");
+  const std::string id = say("TAG_ID"), value = say("TAG_VALUE");
+  writeFile(file, readFile(folder / "a/b") + " \t" + kz::String(id).toUpper().getBytes() +
+                      "74\r\n" + id + " 25\n" + value + " a  \tb\r\n" + id + "74\n" + value + "\n");
+  const Result result =
+      run([](CommandProcessor& processor) { processor.readConfiguration(false); }, "", file);
+  EXPECT_EQ(result.out + result.err + result.failure,
+            say("INFO_STG_UPDATED_FILE", file.c_str()) + "\n" + say("INFO_RESTART") + "\n");
+  EXPECT_EQ(engine.callsOf("TnSet"),
+            (Calls{"TnSetLongValue(-1,25,5,2)", "TnSetBooleanValue(-1,26,1,2)",
+                   "TnSetStringValue(-1,74,C:\\a,2)", "TnSetSelectionValue(-1,81,0 2 ,2)",
+                   "TnSetStringValue(-1,74,a b,2)", "TnSetStringValue(-1,74,,2)"}));
+}
+
+TEST_F(Commands, ExportJson) {
+  engine.answers["TnGetSettingList(-1,2,50)"].numbers = {74};
+  engine.answers["TnGetCategoryList(-1,30)"].numbers = {1, 2, 3};
+  engine.answers["TnGetCategoryInfo(-1,3)"] = {0, {0}, "Empty"};
+  engine.answers["TnGetSettingList(-1,3,50)"] = {};
+  writeFile(file, "replaced without a question");
+  EXPECT_EQ(exportTo(file, false, false, true).out, "");
+  EXPECT_EQ(
+      readFile(file),
+      drawn("|{|>'title': 'Configuration Utility',|>'version': '15.21.016.000',|>'copyright': '" +
+            say("COPYRIGHT") +
+            "',|>'category_list': [|>{|>>'id':1,|>>'name': 'Caches',|"
+            ">>'settings_list': [|>>{|") +
+          show(25, true, 1).out + drawn(">>},|>>{|") + show(26, true, 1).out +
+          drawn(">>}|>>]|>},|>{|>>'id':2,|>>'name': 'Files',|>>'settings_list': [|>>{|") +
+          show(74, true, 1).out +
+          drawn(">>}|>>]|>},|>{|>>'id':3,|>>'name': 'Empty',|>>'settings_list': [|>>]|>}|>]|}|"));
+}
+
+TEST_F(Commands, ExportGoesOnAfterAFailureOnlyWhenTold) {
+  const std::string reason =
+      "7012: " + MessageHelper("TNMSG", "KZ_MSG_P_E_").getResStr("7012").getBytes();
+  const struct {
+    char const* failing;
+    int lastSetting;  // 0: nothing can go on
+  } cases[] = {{"TnGetSettingHelp(26,1024)", 26},
+               {"TnGetSettingList(-1,1,50)", -1},
+               {"TnGetCategoryList(-1,30)", 0}};
+  for (auto const& [failing, lastSetting] : cases) {
+    TnDouble::reset().answers[failing].status = TN_INTERNAL_ERROR;
+    for (const bool json : {false, true}) {
+      const char* const nextCategory = json ? "\"Files\"" : "FILES";
+      EXPECT_EQ(exportTo(file, false, true, json).failure, "7012");
+      EXPECT_EQ(readFile(file).find(nextCategory), std::string::npos);
+      const Result result = exportTo(file, true, true, json);
+      EXPECT_EQ(result.failure, lastSetting == 0 ? "7012" : "");
+      if (lastSetting == 0) continue;
+      EXPECT_EQ(result.err, say("WRITE_SETTING_ERROR", lastSetting, reason.c_str()) + "\n");
+      EXPECT_LT(readFile(file).find("\nERROR! - " + reason + "\n"),
+                readFile(file).find(nextCategory));
+    }
+  }
+}
+
+TEST_F(Commands, OverwriteAFileOnlyAfterAYes) {
+  const std::pair<std::size_t, char const*> cases[] = {
+      {0, "Y"}, {0, " y"}, {24, "y"}, {25, "y"}, {26, "y"}};
+  for (auto const& row : cases) {  // empty lines, and the answer after them
+    writeFile(folder / "input", std::string(row.first, '\n') + row.second);
+    ASSERT_NE(freopen((folder / "input").c_str(), "r", stdin), nullptr);
+    bool yes = false;
+    const Result result = run(
+        [&](CommandProcessor& processor) { yes = processor.confirmOverwriteFile(false); }, file);
+    EXPECT_EQ(yes, row.first < 26 && *row.second != ' ');
+    EXPECT_EQ(result.out, say("INFO_OVERWRITE", file.c_str()) +
+                              (row.first < 25 ? "" : "\n" + say("ERR_INTERACTIVE_INPUT") + "\n"));
+  }
+}
+
+}  // namespace

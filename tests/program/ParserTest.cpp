@@ -1,0 +1,82 @@
+#include <gtest/gtest.h>
+#include <sstream>
+
+#include "driver/KnobCmdParser.h"
+#include "driver/OptionException.h"
+#include "kz/Platform.h"
+
+namespace {
+
+// Parses a line in which '' is an empty argument and gives every field, the values, the flags and
+// the command tests.
+std::string parsed(std::string const& line) {
+  std::istringstream words("knob " + line);
+  std::vector<std::string> texts;
+  for (std::string word; words >> word;) texts.push_back(word == "''" ? "" : word);
+  std::vector<char*> pointers;
+  for (std::string& text : texts) pointers.push_back(text.data());
+  KnobCmdParser parser;
+  parser.parseCmdLine(static_cast<int>(pointers.size()), pointers.data());
+
+  char host[1025] = {};
+  KZGetHostNameA(host, sizeof host);
+  const bool defaultServer = parser.getServerName().equals(host);
+  kz::String all = defaultServer ? kz::String() : parser.getServerName();
+  for (auto const& text : {parser.getUserName(), parser.getPassword(), parser.getOutputFileName(),
+                           parser.getInputFileName(), parser.getKeywordValue(),
+                           parser.getDebugValue(), parser.getSettingID()}) {
+    all += "," + text;
+  }
+  const kz::Reference<KnobCmdParser::StringList> values(parser.getIDValues());
+  for (int i = 0; i < values->size(); ++i) all += "," + *values->get(i);
+  all += " ";
+  for (const bool set :
+       {parser.isIgnoreError(), parser.isSuppressOverwritePrompt(), parser.getOutputType(),
+        parser.isCmdWriteSettings(), parser.isCmdReadSettings(), parser.isCmdSearchKeyword(),
+        parser.isCmdGetIdDetail(), parser.isCmdSetIdValues()}) {
+    all += set ? "+" : "-";
+  }
+  const bool wiped = parser.getPassword().isEmpty() || line.find("secret") == std::string::npos ||
+                     std::find(texts.begin(), texts.end(), "******") != texts.end();
+  return all.getBytes() + (wiped ? "" : " and the password is still there");
+}
+
+TEST(Parser, TellsWhatWasGivenAndWhichCommandItIs) {
+  const std::pair<char const*, char const*> cases[] = {
+      {"", ",,,,,,, --------"},
+      {"''", ",,,,,,, ------+-"},
+      {"25 -U u a -e b '' -e", ",u,,,,,,25,a,b, +------+"},
+      {"-O f -E -F -JSON -S s -P secret", "s,,secret,f,,,, ++++----"},
+      {"-o f -f -json -s s -p secret -u u", "s,u,secret,f,,,, -+++----"},
+      {"--OUTPUTFILE f --IGNORE_ERR --SUPPRESS_PROMPT", ",,,f,,,, ++-+----"},
+      {"-I f -D ALL", ",,,,f,,ALL, ----+---"},
+      {"--INPUTFILE f --DEBUG x -i g -d y", ",,,,g,,y, ----+---"},
+      {"-H k -h l", ",,,,,l,, -----+--"},
+      {"--KEYWORD k --SERVER s --USERNAME u --PASSWORD secret", "s,u,secret,,,k,, -----+--"},
+      {"-S one -S ''", ",,,,,,, --------"},
+      {"-O f -I g", ",,,f,g,,, --------"},
+      {"-H k 25 5", ",,,,,k,,25,5 --------"}};
+  for (auto const& [line, expected] : cases) EXPECT_EQ(parsed(line), expected) << line;
+}
+
+TEST(Parser, RefusesWhatItDoesNotKnow) {
+  const std::tuple<char const*, char const*, char const*> cases[] = {
+      {"-h", "MISSING_OPTION_VALUE", "-h"},
+      {"25 --SERVER", "MISSING_OPTION_VALUE", "--SERVER"},
+      {"-P -secret", "MISSING_OPTION_VALUE", "-P"},
+      {"25 -5", "UNKNOWN_OPTION", "-5"},
+      {"-", "UNKNOWN_OPTION", "-"},
+      {"--Username u", "UNKNOWN_OPTION", "--Username"},
+      {"-Json", "UNKNOWN_OPTION", "-Json"},
+      {"-Of%s\xff", "UNKNOWN_OPTION", "-Of%s\xff"}};
+  for (auto const& [line, key, argument] : cases) {
+    try {
+      ADD_FAILURE() << parsed(line);
+    } catch (OptionException const& failure) {
+      const kz::String expected = MessageHelper("KNOB", "KNOB_").getResStr(key, argument);
+      EXPECT_EQ(failure.getDescription().getBytes(), expected.getBytes());
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,46 @@
+// Runs a program as a user would and tells what came out of it.
+#ifndef KNOB_TESTS_SUPPORT_PROCESS_H
+#define KNOB_TESTS_SUPPORT_PROCESS_H
+
+#include <map>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+struct Outcome {
+  int status = -1;  // the exit status, or 128 and the signal that ended the process
+  std::string out;
+  std::string err;
+};
+
+struct Process {
+  std::vector<std::string> arguments;  // the program first
+  std::map<std::string, std::string> environment;
+  std::string input{};
+  // Where the standard streams go instead: a file such as "/dev/full", "-" for closed, "|" for a
+  // pipe that nobody reads any more.
+  std::string outTo{};
+  std::string errTo{};
+  std::string folder{};  // to run in
+  uid_t user = 0;        // to run as, when the test runs as root; 0: as the test
+  long fileLimit = -1;   // bytes that a file may have
+
+  // Waits for the end; a process that takes longer than a minute is killed.
+  Outcome run() const;
+  // Does not wait. The streams go nowhere.
+  pid_t start() const;
+
+ private:
+  [[noreturn]] void become() const;
+};
+
+// The program under test in a world of its own: no settings, no messages but its own.
+Process knob(std::string const& home, std::vector<std::string> arguments);
+
+// The folder of the running test program, where knob lies too.
+std::string programFolder();
+
+// A user that is not root and owns nothing.
+inline constexpr uid_t kNobody = 65534;
+
+#endif

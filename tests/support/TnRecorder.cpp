@@ -1,0 +1,70 @@
+// Put in front of the tuning library with LD_PRELOAD: writes the name of every call, a line each,
+// into the file that TN_RECORD names, and passes the call on. With TN_KILL_BEFORE_SET=N the process
+// is killed where it would make its N-th change.
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <string_view>
+
+#include "service/TuningInterface.h"
+
+namespace {
+
+int sets = 0;
+
+template <typename Result, typename... Arguments>
+Result passOn(char const* name, Result (*)(Arguments...), Arguments... arguments) {
+  char const* const fatalSet = std::getenv("TN_KILL_BEFORE_SET");
+  if (fatalSet != nullptr && std::string_view(name).starts_with("TnSet") &&
+      ++sets == std::atoi(fatalSet)) {
+    std::raise(SIGKILL);
+  }
+  if (char const* const path = std::getenv("TN_RECORD")) {
+    std::FILE* const record = std::fopen(path, "a");
+    std::fprintf(record, "%s\n", name);
+    std::fclose(record);
+  }
+  return reinterpret_cast<Result (*)(Arguments...)>(dlsym(RTLD_NEXT, name))(arguments...);
+}
+
+}  // namespace
+
+extern "C" {
+
+void TnStart(int reserved) { passOn("TnStart", TnStart, reserved); }
+void TnStop(int reserved) { passOn("TnStop", TnStop, reserved); }
+TnStatus TnConnectServer(char const* server, char const* user, char const* password,
+                         TnHandle* handle) {
+  return passOn("TnConnectServer", TnConnectServer, server, user, password, handle);
+}
+void TnDisconnect(TnHandle handle) { passOn("TnDisconnect", TnDisconnect, handle); }
+TnStatus TnGetSettingInfo(TnHandle handle, int id, TnSettingRecord* record) {
+  return passOn("TnGetSettingInfo", TnGetSettingInfo, handle, id, record);
+}
+int16_t TnIsSettingAvailable(TnHandle handle, int id) {
+  return passOn("TnIsSettingAvailable", TnIsSettingAvailable, handle, id);
+}
+TnStatus TnGetLongValue(TnHandle handle, int id, int32_t* value, TnValueSelector selector) {
+  return passOn("TnGetLongValue", TnGetLongValue, handle, id, value, selector);
+}
+TnStatus TnGetValueLimit(TnHandle handle, int id, int32_t* maximum, int32_t* minimum) {
+  return passOn("TnGetValueLimit", TnGetValueLimit, handle, id, maximum, minimum);
+}
+TnStatus TnGetSettingHelp(int id, int* size, char* text) {
+  return passOn("TnGetSettingHelp", TnGetSettingHelp, id, size, text);
+}
+TnStatus TnSetLongValue(TnHandle handle, int id, int64_t value, TnValueSelector selector) {
+  return passOn("TnSetLongValue", TnSetLongValue, handle, id, value, selector);
+}
+TnStatus TnSetStringValue(TnHandle handle, int id, char const* value, TnValueSelector selector) {
+  return passOn("TnSetStringValue", TnSetStringValue, handle, id, value, selector);
+}
+TnStatus TnSetBooleanValue(TnHandle handle, int id, int value, TnValueSelector selector) {
+  return passOn("TnSetBooleanValue", TnSetBooleanValue, handle, id, value, selector);
+}
+TnStatus TnSetSelectionValue(TnHandle handle, int id, int count, int32_t const* items,
+                             TnValueSelector selector) {
+  return passOn("TnSetSelectionValue", TnSetSelectionValue, handle, id, count, items, selector);
+}
+}

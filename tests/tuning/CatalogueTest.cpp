@@ -1,0 +1,149 @@
+#include <algorithm>
+#include <cctype>
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <set>
+#include <span>
+#include <sstream>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "tuning/registry/Catalogue.h"
+
+namespace tn::registry {
+namespace {
+
+// The settings that the program announces as needing a restart.
+const std::set<int32_t> kRestartIds = {
+    26,  27,  44,  45,  48,  49,  57,  58,  61,  62,  64,  65,  66,  67,  68,  69,  73,  74,
+    85,  86,  87,  99,  100, 103, 110, 111, 112, 114, 115, 117, 118, 120, 121, 122, 123, 124,
+    125, 126, 127, 130, 132, 133, 134, 136, 137, 138, 140, 144, 145, 146, 147, 148, 149, 168,
+    169, 170, 171, 172, 173, 174, 175, 177, 178, 179, 183, 201, 203, 204, 205, 210, 300, 301};
+const std::set<int32_t> kSymbolicMaxima = {TN_MAX_MEMORY, TN_MAX_DISK, TN_MAX_MEMORY_AND_DISK};
+
+std::vector<CatalogueSetting> allSettings() {
+  std::vector<CatalogueSetting> all;
+  for (const CatalogueCategory& category : Catalogue::categories()) {
+    all.insert(all.end(), category.settings.begin(), category.settings.end());
+  }
+  return all;
+}
+
+std::string lower(std::string_view text) {
+  std::string result(text);
+  std::transform(text.begin(), text.end(), result.begin(), [](int c) { return std::tolower(c); });
+  return result;
+}
+
+// Messages, JSON and settings files carry it as it is: nothing to escape, no blanks to be lost.
+bool isPlain(std::string_view text, std::size_t longest) {
+  const std::string padded = " " + std::string(text) + " ";
+  return text.size() <= longest && padded.find("  ") == padded.npos &&
+         text.find_first_of("\"\\%") == text.npos &&
+         std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
+}
+
+void checkValues(const CatalogueSetting& setting) {
+  const std::span<const std::string_view> words = setting.words;
+  EXPECT_EQ(std::set(words.begin(), words.end()).size(), words.size());
+  for (std::string_view word : words) EXPECT_TRUE(isPlain(word, 60)) << word;
+  EXPECT_EQ(words.empty(), setting.type == TN_TYPE_INTEGER || setting.type == TN_TYPE_STRING);
+  if (setting.type == TN_TYPE_BOOLEAN) {
+    EXPECT_TRUE(setting.defaultValue == "0" || setting.defaultValue == "1");
+    ASSERT_EQ(words.size(), 2U);
+    // Every boolean setting takes these, so none may use them the other way round.
+    EXPECT_TRUE(words[0] != "false" && words[0] != "0" && words[1] != "true" && words[1] != "1");
+  } else if (setting.type == TN_TYPE_STRING) {
+    EXPECT_EQ(setting.minimum, setting.id == 74 ? 0 : 1);
+    EXPECT_TRUE(setting.id == 74 || isPlain(setting.defaultValue, 200));
+    EXPECT_LE(std::ssize(setting.defaultValue), setting.maximum);
+    EXPECT_LT(setting.maximum, TN_TEXT_SIZE);
+  } else {
+    const std::string value(setting.defaultValue);
+    std::istringstream stream(value);
+    const std::vector<int64_t> numbers{std::istream_iterator<int64_t>(stream), {}};
+    std::string canonical;
+    for (int64_t number : numbers) canonical += " " + std::to_string(number);
+    ASSERT_EQ(canonical, " " + value);
+    EXPECT_TRUE(setting.type == TN_TYPE_MULTIPLE_SELECTION || numbers.size() == 1);
+    EXPECT_EQ(std::set<int64_t>(numbers.begin(), numbers.end()).size(), numbers.size());
+    int64_t largest = words.empty() ? setting.maximum : std::ssize(words) - 1;
+    if (kSymbolicMaxima.contains(setting.maximum)) largest = INT32_MAX;
+    EXPECT_GE(*std::min_element(numbers.begin(), numbers.end()), setting.minimum) << value;
+    EXPECT_LE(*std::max_element(numbers.begin(), numbers.end()), largest) << value;
+  }
+}
+
+TEST(Catalogue, EverySettingIsSound) {
+  std::set<int32_t> restartIds;
+  for (const CatalogueSetting& setting : allSettings()) {
+    SCOPED_TRACE(setting.id);
+    checkValues(setting);
+    EXPECT_TRUE(isPlain(setting.name, 60) && isPlain(setting.description, 1500));
+    // Names stand on lines of their own in a settings file, where tags end with a colon.
+    EXPECT_EQ(setting.name.find(':'), setting.name.npos);
+    const bool restart = setting.description.ends_with(". Takes effect after a restart.");
+    if (restart) restartIds.insert(setting.id);
+  }
+  EXPECT_EQ(restartIds, kRestartIds);
+}
+
+TEST(Catalogue, LookupsAgreeWithTheListingAndNothingIsThereTwice) {
+  std::set<std::string> names;
+  EXPECT_LE(std::ssize(Catalogue::categories()), TN_CATEGORY_CAPACITY);
+  for (const CatalogueCategory& category : Catalogue::categories()) {
+    SCOPED_TRACE(category.name);
+    EXPECT_EQ(Catalogue::category(category.id), &category);
+    EXPECT_TRUE(isPlain(category.name, 60));
+    EXPECT_LE(std::ssize(category.settings), TN_SETTING_CAPACITY);
+    bool available = false;
+    for (const CatalogueSetting& setting : category.settings) {
+      available |= setting.available;
+      EXPECT_TRUE(setting.id >= 1 && setting.id <= 301) << setting.id;
+      EXPECT_EQ(Catalogue::setting(setting.id), &setting) << setting.id;
+      EXPECT_TRUE(names.insert(lower(setting.name)).second) << setting.name;
+    }
+    EXPECT_TRUE(available);
+  }
+  for (int32_t id : {0, -1, INT32_MIN, 299, 302, INT32_MAX}) {
+    EXPECT_TRUE(!Catalogue::setting(id) && !Catalogue::category(id)) << id;
+  }
+}
+
+TEST(Catalogue, HoldsEveryKindOfSetting) {
+  using Setting = const CatalogueSetting&;
+  const std::tuple<const char*, int, int, bool (*)(Setting)> kCases[] = {
+      {"any", 150, 190, [](Setting) { return true; }},
+      {"boolean", 10, 99, [](Setting s) { return s.type == TN_TYPE_BOOLEAN; }},
+      {"string", 10, 99, [](Setting s) { return s.type == TN_TYPE_STRING; }},
+      {"one item", 10, 99, [](Setting s) { return s.type == TN_TYPE_SINGLE_SELECTION; }},
+      {"any items", 5, 99, [](Setting s) { return s.type == TN_TYPE_MULTIPLE_SELECTION; }},
+      {"memory", 2, 99, [](Setting s) { return s.maximum == TN_MAX_MEMORY; }},
+      {"disk", 2, 99, [](Setting s) { return s.maximum == TN_MAX_DISK; }},
+      {"memory and disk", 2, 99, [](Setting s) { return s.maximum == TN_MAX_MEMORY_AND_DISK; }},
+      {"large", 1, 99, [](Setting s) { return s.maximum == INT32_MAX; }},
+      {"negative", 1, 99, [](Setting s) { return s.minimum < 0; }},
+      {"client", 5, 30, [](Setting s) { return s.side == Side::client; }},
+      {"unavailable", 5, 5, [](Setting s) { return !s.available; }},
+      {"long help", 1, 1, [](Setting s) { return s.description.size() >= TN_TEXT_SIZE; }},
+      {"cache", 3, 99, [](Setting s) { return s.name.find("Cache") != s.name.npos; }},
+  };
+  const std::vector<CatalogueSetting> all = allSettings();
+  for (const auto& [kind, least, most, matches] : kCases) {
+    const auto count = std::count_if(all.begin(), all.end(), matches);
+    EXPECT_TRUE(count >= least && count <= most) << kind << ": " << count;
+  }
+}
+
+TEST(Catalogue, DocumentedExamples) {
+  const CatalogueSetting* limit = Catalogue::setting(25);
+  ASSERT_TRUE(limit && limit->available && limit->type == TN_TYPE_INTEGER);
+  EXPECT_TRUE(limit->minimum <= 5 && limit->maximum >= 5 && limit->defaultValue != "5");
+  const CatalogueSetting* addresses = Catalogue::setting(74);
+  EXPECT_TRUE(addresses && addresses->available && addresses->type == TN_TYPE_STRING);
+}
+
+}  // namespace
+}  // namespace tn::registry
