@@ -38,8 +38,8 @@ constexpr int kUsageFailure = 1;
 constexpr char const* kJsonUsage[] = {
     "\t\"usage\":",
     "\t[",
-    "\t\t\"knob -O <outputFile> [-S <server>] [-U <username>] [-P <password>] [-E] [-F] "
-    "[-JSON]\",",
+    ("\t\t\"knob -O <outputFile> [-S <server>] [-U <username>] [-P <password>] [-E] [-F] "
+     "[-JSON]\","),
     "\t\t\"knob -I <inputFile> [-S <server>] [-U <username>] [-P <password>] [-E]\",",
     "\t\t\"knob <id> [value]... [-S <server>] [-U <username>] [-P <password>] [-JSON]\",",
     "\t\t\"knob -H <keyword> [-S <server>] [-U <username>] [-P <password>] [-JSON]\",",

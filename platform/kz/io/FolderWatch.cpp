@@ -1,6 +1,6 @@
 #include "kz/io/FolderWatch.h"
 
-#include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 
