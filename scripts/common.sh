@@ -20,9 +20,10 @@ install() {
     apt-get install -y -qq --no-install-recommends "${missing[@]}" >&2
 }
 
-# build FOLDER TARGET...: builds, silently when there is nothing to do.
+# build FOLDER TARGET...: builds, silently when there is nothing to do. Fails when the build fails
+# (with pipefail, which every script sets).
 build() {
   local folder=$1
   shift
-  cmake --build "$folder" --target "$@" -- --quiet >&2
+  cmake --build "$folder" --target "$@" -- --quiet 2>&1 | sed '/^ninja: no work to do/d' >&2
 }
