@@ -61,7 +61,7 @@ std::string libraryFolder() {
 // Never closed again: what the module's client library leaves behind at exit stays callable.
 void* loadModule(const char* fileName) {
   const std::string path = libraryFolder() + "/knob/" + fileName;
-  void* module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  void* module = dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL);
   if (module == nullptr) {
     const bool absent = access(path.c_str(), F_OK) != 0 && errno == ENOENT;
     throw TuningError(absent ? TN_MODULE_NOT_INSTALLED : TN_MODULE_UNUSABLE);

@@ -16,6 +16,9 @@ class AlterSystem {
   static std::string set(std::string_view name, const std::vector<std::string>& literals);
   // Takes away what ALTER SYSTEM has set before.
   static std::string reset(std::string_view name);
+  // False for a name that no configuration file can hold: the server takes the statement all the
+  // same, and then cannot read its files any more.
+  static bool canName(std::string_view name);
   // A setting of an extension has a name of several parts with dots between them, which are quoted
   // one by one.
   static std::string quotedName(std::string_view name);

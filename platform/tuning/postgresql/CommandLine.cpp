@@ -6,8 +6,9 @@
 namespace tn::postgresql {
 namespace {
 
-// Letters for settings that a session can have otherwise than the server. The other letters stand
-// for settings that no session can change: those are known without the command line.
+// Of the letters for settings that a session can have otherwise than the server, the one with a
+// plain value. The others (-s, -e, -t, -f, -d, -O, -P) are for the server's own developers. What no
+// session can change is known without the command line.
 constexpr std::string_view kWorkMemoryLetter = "-S";
 
 std::vector<std::string_view> argumentsIn(std::string_view text) {

@@ -1,8 +1,11 @@
 #include "tuning/postgresql/Connection.h"
 
 #include <memory>
+#include <poll.h>
+#include <utility>
 
 #include "tuning/TuningError.h"
+#include "tuning/postgresql/SocketWait.h"
 #include "tuning/postgresql/SqlState.h"
 
 namespace tn::postgresql {
@@ -32,7 +35,25 @@ bool Connection::reports(const char* parameter, std::string_view value) const {
 
 Result Connection::query(const std::string& sql) {
   if (PQstatus(connection_.get()) == CONNECTION_BAD) throw TuningError(TN_CONNECTION_LOST);
-  Result result(PQexec(connection_.get(), sql.c_str()));
+  return checked(Result(PQexec(connection_.get(), sql.c_str())));
+}
+
+std::optional<Result> Connection::queryUntil(const std::string& sql,
+                                             std::chrono::steady_clock::time_point deadline) {
+  PGconn* const connection = connection_.get();
+  if (PQsendQuery(connection, sql.c_str()) == 0) throw TuningError(TN_CONNECTION_LOST);
+  while (PQisBusy(connection) != 0) {
+    if (!waitForSocket(PQsocket(connection), POLLIN, millisecondsUntil(deadline))) {
+      return std::nullopt;
+    }
+    if (PQconsumeInput(connection) == 0) throw TuningError(TN_CONNECTION_LOST);
+  }
+  Result result(PQgetResult(connection));
+  while (PGresult* const more = PQgetResult(connection)) PQclear(more);
+  return checked(std::move(result));
+}
+
+Result Connection::checked(Result result) {
   const ExecStatusType outcome = PQresultStatus(result.get());
   if (outcome == PGRES_TUPLES_OK || outcome == PGRES_COMMAND_OK) return result;
   if (PQstatus(connection_.get()) == CONNECTION_BAD) throw TuningError(TN_CONNECTION_LOST);

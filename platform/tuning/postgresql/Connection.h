@@ -4,6 +4,8 @@
 #ifndef KNOB_POSTGRESQL_CONNECTION_H
 #define KNOB_POSTGRESQL_CONNECTION_H
 
+#include <chrono>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -20,6 +22,11 @@ class Connection {
   // One statement. Throws SqlState::ofStatement, or TN_CONNECTION_LOST.
   Result query(const std::string& sql);
 
+  // The same, but gives up at the deadline: there is no result then, and the connection is of no
+  // more use.
+  std::optional<Result> queryUntil(const std::string& sql,
+                                   std::chrono::steady_clock::time_point deadline);
+
   // True: the server checks no rights of this user. Costs nothing: the server tells it by itself.
   bool isSuperuser() const { return reports("is_superuser", "on"); }
 
@@ -28,6 +35,7 @@ class Connection {
   std::string literal(const std::string& text) const;
 
  private:
+  Result checked(Result result);
   bool reports(const char* parameter, std::string_view value) const;
   void useUtf8();
 

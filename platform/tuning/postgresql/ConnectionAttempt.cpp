@@ -1,15 +1,14 @@
 #include "tuning/postgresql/ConnectionAttempt.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
-#include <cstdint>
-#include <limits>
+#include <netdb.h>
 #include <new>
 #include <poll.h>
 #include <string_view>
 
 #include "tuning/TuningError.h"
+#include "tuning/postgresql/SocketWait.h"
 #include "tuning/postgresql/SqlState.h"
 
 namespace tn::postgresql {
@@ -21,22 +20,6 @@ constexpr int kExpandUri = 1;
 constexpr int kForever = -1;  // to poll()
 
 void discardNotice(void*, const PGresult*) {}
-
-int millisecondsUntil(std::chrono::steady_clock::time_point moment) {
-  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-      moment - std::chrono::steady_clock::now());
-  return static_cast<int>(std::clamp<int64_t>(left.count(), 0, std::numeric_limits<int>::max()));
-}
-
-// True when the socket is ready; false when the deadline has passed.
-bool waitForSocket(int socket, short events, int timeoutMilliseconds) {
-  pollfd entry{socket, events, 0};
-  for (;;) {
-    const int ready = ::poll(&entry, 1, timeoutMilliseconds);
-    if (ready >= 0) return ready > 0;
-    if (errno != EINTR) return true;  // libpq will meet the same trouble and report it
-  }
-}
 
 }  // namespace
 
@@ -50,7 +33,7 @@ ConnectionPointer ConnectionAttempt::open() {
   std::optional<Clock::time_point> deadline;
   if (timeoutSeconds_ > 0) deadline = Clock::now() + std::chrono::seconds(timeoutSeconds_);
   if (!pollUntil(deadline)) {
-    if (!hasSeveralHosts()) throw TuningError(TN_SERVER_UNREACHABLE);
+    if (!hasSeveralAddresses()) throw TuningError(TN_SERVER_UNREACHABLE);
     restartBlocking();
   }
   if (PQstatus(connection_.get()) != CONNECTION_OK) throw TuningError(failure());
@@ -119,13 +102,21 @@ bool ConnectionAttempt::pollUntil(std::optional<Clock::time_point> deadline) {
   return true;
 }
 
-bool ConnectionAttempt::hasSeveralHosts() const {
-  return option("host").find(',') != std::string::npos ||
-         option("hostaddr").find(',') != std::string::npos;
+bool ConnectionAttempt::hasSeveralAddresses() const {
+  const std::string host = option("host");
+  const std::string address = option("hostaddr");
+  if (host.find(',') != std::string::npos || address.find(',') != std::string::npos) return true;
+  if (host.empty() || host.front() == '/' || !address.empty()) return false;
+  addrinfo wanted{};
+  wanted.ai_socktype = SOCK_STREAM;
+  addrinfo* found = nullptr;
+  if (getaddrinfo(host.c_str(), nullptr, &wanted, &found) != 0) return false;
+  const std::unique_ptr<addrinfo, decltype(&freeaddrinfo)> addresses(found, &freeaddrinfo);
+  return addresses->ai_next != nullptr;
 }
 
-// The stepwise calls cannot leave a host that does not answer for the next one; libpq's blocking
-// call can. A reset keeps what start() asked of the connection object.
+// The stepwise calls cannot leave an address that does not answer for the next one; libpq's
+// blocking call can. A reset keeps what start() asked of the connection object.
 void ConnectionAttempt::restartBlocking() {
   connection_ = start();
   PQreset(connection_.get());
@@ -143,6 +134,9 @@ TnStatus ConnectionAttempt::failure() const {
   PGconn* const connection = connection_.get();
   const std::string_view code = SqlState::lastIn(PQerrorMessage(connection));
   if (!code.empty()) return SqlState::whenConnecting(code);
+  if (option("port").find_first_not_of("0123456789,") != std::string::npos) {
+    return TN_SERVER_ADDRESS_INVALID;
+  }
   if (PQconnectionNeedsPassword(connection)) return TN_LOGIN_REFUSED;
   if (lastStep_ == CONNECTION_SSL_STARTUP || lastStep_ == CONNECTION_GSS_STARTUP) {
     return TN_TLS_REFUSED;

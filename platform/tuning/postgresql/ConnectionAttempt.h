@@ -46,7 +46,7 @@ class ConnectionAttempt {
   std::string option(const char* keyword) const;
   void readTimeout();
   bool pollUntil(std::optional<Clock::time_point> deadline);
-  bool hasSeveralHosts() const;
+  bool hasSeveralAddresses() const;
   void restartBlocking();
   TnStatus failureOfStart() const;
   TnStatus failure() const;

@@ -467,11 +467,11 @@ constexpr auto kTable = [] {
       {"trace_lwlocks", 2431, Category::developerOptions},
       {"trace_lock_oidmin", 2432, Category::developerOptions},
       {"trace_lock_table", 2433, Category::developerOptions},
+      {"trace_connection_negotiation", 301, Category::developerOptions},
       {"trace_syncscan", 2434, Category::developerOptions},
       {"wal_debug", 2435, Category::developerOptions},
       // Customized Options
       {"pg_stat_statements.max", 300, Category::customizedOptions},
-      {"pg_prewarm.autoprewarm", 301, Category::customizedOptions},
   }};
   std::sort(table.begin(), table.end(),
             [](const KnownSetting& a, const KnownSetting& b) { return a.name < b.name; });

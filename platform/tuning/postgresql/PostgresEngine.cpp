@@ -41,17 +41,11 @@ bool sameValue(const Setting& setting, const std::string& a, const std::string& 
   return left && right && *left == *right;
 }
 
-// True when setting the value would change nothing: neither what is in force nor what waits.
-bool isCurrent(const Setting& setting, const std::string& wanted) {
-  if (setting.written) return sameValue(setting, *setting.written, wanted);
-  return setting.currentIsKnown && !setting.changeMayWait &&
-         sameValue(setting, setting.current, wanted);
-}
-
 // Where the server keeps its own files is not for carrying to another server.
 bool isReadOnly(const Setting& setting) {
   const KnownSetting* const known = KnownSettings::find(setting.name);
-  return setting.preset || (known && known->category == Category::fileLocations);
+  return setting.preset || !AlterSystem::canName(setting.name) ||
+         (known && known->category == Category::fileLocations);
 }
 
 }  // namespace
@@ -215,6 +209,23 @@ void PostgresEngine::setList(Setting& setting, const std::string& value) {
   }
 }
 
+// True when setting the value would change nothing: neither what is in force nor what is stored and
+// waits for a restart or only for the server to read its files again.
+bool PostgresEngine::isCurrent(const Setting& setting, const std::string& wanted) {
+  if (setting.written) return sameValue(setting, *setting.written, wanted);
+  if (!setting.currentIsKnown || setting.changeMayWait ||
+      !sameValue(setting, setting.current, wanted)) {
+    return false;
+  }
+  const auto stored = setting.ofCommandLine ? std::nullopt : files().storedValue(setting.name);
+  return !stored || sameValue(setting, Snapshot::shown(*stored, setting), wanted);
+}
+
+ServerFiles& PostgresEngine::files() {
+  if (!files_) files_.emplace(connection_);
+  return *files_;
+}
+
 // The server would store an empty list as a list with one empty name. So what was set before is
 // taken away, and only where that leaves the list empty.
 void PostgresEngine::emptyList(Setting& setting) {
@@ -224,9 +235,9 @@ void PostgresEngine::emptyList(Setting& setting) {
   write(setting, {}, AlterSystem::reset(setting.name));
 }
 
-bool PostgresEngine::resetLeavesItEmpty(const Setting& setting) const {
-  if (!files_->readable() || setting.ofCommandLine) return false;
-  const auto text = files_->valueAfterReset(setting.name);
+bool PostgresEngine::resetLeavesItEmpty(const Setting& setting) {
+  if (!files().readable() || setting.ofCommandLine) return false;
+  const auto text = files().valueAfterReset(setting.name);
   return text ? text->empty() : setting.fallback.empty();
 }
 
@@ -241,9 +252,9 @@ void PostgresEngine::change(Setting& setting, const std::string& wanted, const T
 // A change that could not take effect is not made at all: leaving the engine reports nothing.
 void PostgresEngine::checkChangeable(const Setting& setting) {
   if (isReadOnly(setting)) throw TuningError(TN_SETTING_READ_ONLY);
-  if (!files_) files_.emplace(connection_);
-  if (!files_->mayReload()) throw TuningError(TN_RELOAD_NOT_PERMITTED);
-  if (files_->blocked()) throw TuningError(TN_CONFIGURATION_FILE_ERRORS);
+  if (!files().mayReload()) throw TuningError(TN_RELOAD_NOT_PERMITTED);
+  const auto isKnown = [this](std::string_view name) { return snapshot_.hasName(name); };
+  if (files().blocked(isKnown)) throw TuningError(TN_CONFIGURATION_FILE_ERRORS);
 }
 
 void PostgresEngine::write(Setting& setting, const std::string& wanted,
@@ -254,16 +265,17 @@ void PostgresEngine::write(Setting& setting, const std::string& wanted,
 }
 
 // The moment at which this session last loaded the configuration moves when it has done so again;
-// the server hands a new configuration to its sessions only after it has loaded it itself.
+// the server hands a new configuration to its sessions only after it has loaded it itself. A server
+// that does not answer in time is left alone: the result of leaving cannot be told anyway.
 void PostgresEngine::takeEffect() {
-  const Result reload =
-      connection_.query("SELECT pg_catalog.pg_conf_load_time(), pg_catalog.pg_reload_conf()");
-  changed_ = false;
   const auto deadline = std::chrono::steady_clock::now() + kReloadPatience;
+  const auto reload = connection_.queryUntil(
+      "SELECT pg_catalog.pg_conf_load_time(), pg_catalog.pg_reload_conf()", deadline);
+  changed_ = false;
   auto pause = kFirstReloadPause;
-  while (std::chrono::steady_clock::now() < deadline) {
-    const Result now = connection_.query("SELECT pg_catalog.pg_conf_load_time()");
-    if (now.text(0, 0) != reload.text(0, 0)) return;
+  while (reload && std::chrono::steady_clock::now() < deadline) {
+    const auto now = connection_.queryUntil("SELECT pg_catalog.pg_conf_load_time()", deadline);
+    if (!now || now->text(0, 0) != reload->text(0, 0)) return;
     std::this_thread::sleep_for(pause);
     pause = std::min(pause * 2, kLongestReloadPause);
   }

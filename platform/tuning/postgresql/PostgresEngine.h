@@ -61,12 +61,14 @@ class PostgresEngine final : public Engine {
   void change(Setting& setting, const std::string& wanted, const Texts& values);
   void checkChangeable(const Setting& setting);
   void write(Setting& setting, const std::string& wanted, const std::string& statement);
-  bool resetLeavesItEmpty(const Setting& setting) const;
+  bool isCurrent(const Setting& setting, const std::string& wanted);
+  bool resetLeavesItEmpty(const Setting& setting);
+  ServerFiles& files();
   void takeEffect();
 
   Connection connection_;
   Snapshot snapshot_;
-  std::optional<ServerFiles> files_;  // read before the first change
+  std::optional<ServerFiles> files_;  // read before the first value is judged
   bool changed_ = false;              // something was written that is not in effect yet
 };
 

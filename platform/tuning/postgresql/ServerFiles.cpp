@@ -50,13 +50,17 @@ void ServerFiles::readFiles(Connection& connection) {
   const Result rows = connection.query(kFilesQuery);
   for (int row = 0; row < rows.rows(); ++row) {
     entries_.push_back({std::string(rows.text(row, 0)), std::string(rows.text(row, 1)),
-                        rows.flag(row, 2), rows.flag(row, 3),
+                        rows.flag(row, 2), rows.flag(row, 3) && !rows.text(row, 4).empty(),
                         rows.text(row, 4).ends_with(kWrittenFile)});
   }
-  // An entry that fails alone, such as one that waits for a restart, leaves the others applied.
-  blocked_ =
-      std::any_of(entries_.begin(), entries_.end(), [](const Entry& e) { return e.failed; }) &&
-      std::none_of(entries_.begin(), entries_.end(), [](const Entry& e) { return e.applied; });
+}
+
+// An entry whose value alone is at fault, or that waits for a restart, leaves the others in force;
+// one that is not understood, or that names nothing the server knows, keeps all of them out.
+bool ServerFiles::blocked(const std::function<bool(std::string_view)>& isKnown) const {
+  return std::any_of(entries_.begin(), entries_.end(), [&](const Entry& entry) {
+    return entry.failed && (entry.name.empty() || !isKnown(entry.name));
+  });
 }
 
 // A file that is not there or not readable leaves the command line unknown, which is no reason to
@@ -83,6 +87,10 @@ std::optional<std::string_view> ServerFiles::last(std::string_view settingName,
 std::optional<std::string_view> ServerFiles::value(std::string_view settingName) const {
   if (const auto given = commandLine_.value(settingName)) return given;
   return last(settingName, [](const Entry& entry) { return entry.applied; });
+}
+
+std::optional<std::string_view> ServerFiles::storedValue(std::string_view settingName) const {
+  return last(settingName, [](const Entry& entry) { return entry.written; });
 }
 
 std::optional<std::string_view> ServerFiles::valueAfterReset(std::string_view settingName) const {

@@ -3,6 +3,7 @@
 #ifndef KNOB_POSTGRESQL_SERVER_FILES_H
 #define KNOB_POSTGRESQL_SERVER_FILES_H
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -30,15 +31,19 @@ class ServerFiles {
   std::optional<std::string_view> value(std::string_view settingName) const;
   // What the files give without the one that ALTER SYSTEM writes: what a reset leaves.
   std::optional<std::string_view> valueAfterReset(std::string_view settingName) const;
-  // True: the files hold an error for which the server would load nothing of them.
-  bool blocked() const { return blocked_; }
+  // What ALTER SYSTEM has stored for the setting: in force after the server's next reload or start,
+  // if it is not already.
+  std::optional<std::string_view> storedValue(std::string_view settingName) const;
+  // True: the files hold an error for which the server would load nothing of them. `isKnown` tells
+  // whether the server has a setting of a name.
+  bool blocked(const std::function<bool(std::string_view)>& isKnown) const;
 
  private:
   struct Entry {
     std::string name;
     std::string value;
     bool applied = false;
-    bool failed = false;
+    bool failed = false;   // where it stands; not where it was taken out
     bool written = false;  // stands in the file that ALTER SYSTEM writes
   };
   void readRights(Connection& connection);
@@ -49,7 +54,6 @@ class ServerFiles {
   bool readable_ = false;
   bool mayReload_ = false;
   bool mayReadOptions_ = false;
-  bool blocked_ = false;
   std::vector<Entry> entries_;  // in the order in which the server reads them
   CommandLine commandLine_;
 };

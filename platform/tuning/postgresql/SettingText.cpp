@@ -51,7 +51,7 @@ std::string SettingText::of(const Setting& setting) {
     addSentence(
         text,
         "The value shown is the default: this session has its own, and the server's cannot be"
-        " read from its configuration files.");
+        " told.");
   }
   return onOneLine(text);
 }

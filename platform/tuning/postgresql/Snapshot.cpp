@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <iterator>
 #include <string_view>
+#include <strings.h>
 
+#include "tuning/TuningError.h"
 #include "tuning/postgresql/ServerFiles.h"
 #include "tuning/postgresql/SettingIds.h"
 #include "tuning/postgresql/ValueText.h"
@@ -57,6 +59,11 @@ constexpr TypeName kTypes[] = {
 // the server, whose default stands for just that.
 constexpr std::string_view kClientEncoding = "client_encoding";
 
+constexpr std::string_view kDateStyle = "DateStyle";
+
+// Where nothing sets it, the server works out what the machine allows.
+constexpr std::string_view kWorkedOut = "max_stack_depth";
+
 template <typename Range>
 bool holds(const Range& range, std::string_view text) {
   return std::find(std::begin(range), std::end(range), text) != std::end(range);
@@ -103,22 +110,6 @@ std::string shownChoice(std::string_view text, const Setting& setting) {
   return item ? setting.items[*item] : std::string(text);
 }
 
-// The value as it is shown, whether the server or a person wrote the text.
-std::string shown(std::string_view text, const Setting& setting) {
-  switch (setting.type) {
-    case TN_TYPE_BOOLEAN: {
-      const auto value = ValueText::boolean(text);
-      return value ? (*value ? "on" : "off") : setting.fallback;
-    }
-    case TN_TYPE_INTEGER:
-      return shownInteger(text, setting.unit, setting.fallback);
-    case TN_TYPE_SINGLE_SELECTION:
-      return shownChoice(text, setting);
-    default:
-      return shownString(text, setting, setting.fallback);
-  }
-}
-
 // The server takes some choices that it does not list; one that is in force has to have a place.
 void addChoice(Setting& setting, const std::string& choice) {
   if (setting.type != TN_TYPE_SINGLE_SELECTION || holds(setting.items, choice)) return;
@@ -146,10 +137,30 @@ bool Snapshot::isHidden(int row) const { return holds(kSessionSources, rows_.tex
 void Snapshot::lookUpHidden(Connection& connection, const std::vector<int>& hidden) {
   ServerFiles files(connection);
   files.readCommandLine(connection);
-  filesReadable_ = files.readable() && !files.blocked();
+  const auto isKnown = [this](std::string_view name) { return hasName(name); };
+  filesReadable_ = files.readable() && !files.blocked(isKnown);
   for (const int row : hidden) {
     const auto text = files.value(rows_.text(row, kName));
-    hidden_[row] = text ? std::optional<std::string>(*text) : std::nullopt;
+    hidden_[row] = text ? std::optional(asTheServerTells(connection, row, *text)) : std::nullopt;
+  }
+}
+
+// Some texts mean a value that the server itself tells otherwise ("iso, mdy", "debug"). It is asked
+// in the one way there is: by setting the value for the moment of the question.
+std::string Snapshot::asTheServerTells(Connection& connection, int row,
+                                       std::string_view text) const {
+  const std::string name(rows_.text(row, kName));
+  const bool choice =
+      rows_.text(row, kType) == "enum" && !holds(elementsIn(rows_.text(row, kChoices)), text);
+  if (!choice && name != kDateStyle) return std::string(text);
+  try {
+    const Result told =
+        connection.query("SELECT pg_catalog.set_config(" + connection.literal(name) + ", " +
+                         connection.literal(std::string(text)) + ", true)");
+    return std::string(told.text(0, 0));
+  } catch (const TuningError& error) {
+    if (error.status() == TN_CONNECTION_LOST) throw;
+    return std::string(text);  // the role may not set it, or it cannot be set in a session
   }
 }
 
@@ -210,13 +221,38 @@ void Snapshot::readValues(Setting& setting, int row) const {
   const std::string_view source = rows_.text(row, kSource);
   setting.ofCommandLine = source == "command line";
   if (isHidden(row)) {
-    setting.currentIsKnown = filesReadable_;
-    if (const auto& text = hidden_.at(row)) setting.current = shown(*text, setting);
+    const auto& text = hidden_.at(row);
+    setting.currentIsKnown = filesReadable_ && (text || setting.name != kWorkedOut);
+    if (text) setting.current = shown(*text, setting);
     return;
   }
   if (setting.name == kClientEncoding && source == "default") return;
-  const bool displayed = setting.preset && setting.type != TN_TYPE_INTEGER;
-  setting.current = shown(rows_.text(row, displayed ? kSetting : kConfigured), setting);
+  setting.current = shown(rows_.text(row, setting.preset ? kSetting : kConfigured), setting);
+}
+
+std::string Snapshot::shown(std::string_view text, const Setting& setting) {
+  switch (setting.type) {
+    case TN_TYPE_BOOLEAN: {
+      const auto value = ValueText::boolean(text);
+      return value ? (*value ? "on" : "off") : setting.fallback;
+    }
+    case TN_TYPE_INTEGER:
+      return shownInteger(text, setting.unit, setting.fallback);
+    case TN_TYPE_SINGLE_SELECTION:
+      return shownChoice(text, setting);
+    default:
+      return shownString(text, setting, setting.fallback);
+  }
+}
+
+bool Snapshot::hasName(std::string_view name) const {
+  for (int row = 0; row < rows_.rows(); ++row) {
+    const std::string_view known = rows_.text(row, kName);
+    if (known.size() == name.size() && ::strncasecmp(known.data(), name.data(), name.size()) == 0) {
+      return true;
+    }
+  }
+  return false;
 }
 
 const std::vector<SettingCategory>& Snapshot::categories() {

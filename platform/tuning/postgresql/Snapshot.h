@@ -11,6 +11,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tuning/postgresql/Connection.h"
@@ -31,6 +32,10 @@ class Snapshot {
   const SettingCategory* category(int32_t categoryId);
   Setting* setting(int32_t settingId);
   bool contains(int32_t settingId) const;
+  bool hasName(std::string_view name) const;
+
+  // A value as it is shown, whether the server or a person wrote the text.
+  static std::string shown(std::string_view text, const Setting& setting);
 
  private:
   struct Place {
@@ -40,6 +45,7 @@ class Snapshot {
   const Place* place(int32_t settingId) const;
   bool isHidden(int row) const;
   void lookUpHidden(Connection& connection, const std::vector<int>& hidden);
+  std::string asTheServerTells(Connection& connection, int row, std::string_view text) const;
   Setting build(const Place& place) const;
   void readType(Setting& setting, int row) const;
   void readValues(Setting& setting, int row) const;
