@@ -9,6 +9,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "kz/Object.h"
 #include "kz/Reference.h"
@@ -18,6 +19,10 @@ namespace kz {
 class String : public Object {
  public:
   String() noexcept = default;
+  String(String const&) noexcept = default;
+  String(String&&) noexcept = default;
+  String& operator=(String const&) noexcept = default;
+  String& operator=(String&&) noexcept = default;
   String(char const* bytes) : String(std::string_view(bytes)) {}
   String(std::string_view bytes);
   String(std::string const& bytes) : String(std::string_view(bytes)) {}
@@ -76,10 +81,7 @@ inline bool operator==(String const& left, String const& right) noexcept {
   return left.equals(right);
 }
 
-inline String operator+(String left, String const& right) {
-  left.append(right);
-  return left;
-}
+inline String operator+(String left, String const& right) { return std::move(left.append(right)); }
 
 }  // namespace kz
 

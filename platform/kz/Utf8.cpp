@@ -94,7 +94,9 @@ std::size_t decode(std::string_view bytes, std::wstring& characters, bool more) 
   std::size_t position = 0;
   while (position < bytes.size()) {
     const std::size_t plain = plainLength(bytes.substr(position));
-    characters.append(bytes.begin() + position, bytes.begin() + position + plain);
+    const std::size_t before = characters.size();
+    characters.resize(before + plain);
+    std::copy_n(bytes.data() + position, plain, characters.data() + before);
     position += plain;
     if (position == bytes.size()) break;
     const Sequence sequence = sequenceAt(bytes, position);
@@ -109,10 +111,21 @@ std::size_t decode(std::string_view bytes, std::wstring& characters, bool more) 
   return position;
 }
 
+void encode(std::wstring_view characters, std::string& bytes) {
+  const auto special = std::find_if(characters.begin(), characters.end(), [](wchar_t character) {
+    return character < 0 || character >= 0x80;
+  });
+  const auto plain = static_cast<std::size_t>(special - characters.begin());
+  const std::size_t before = bytes.size();
+  bytes.resize(before + plain);
+  std::transform(characters.begin(), special, bytes.data() + before,
+                 [](wchar_t character) { return static_cast<char>(character); });
+  for (const wchar_t character : characters.substr(plain)) encodeOne(character, bytes);
+}
+
 std::string encode(std::wstring_view characters) {
   std::string bytes;
-  bytes.reserve(characters.size());
-  for (const wchar_t character : characters) encodeOne(character, bytes);
+  encode(characters, bytes);
   return bytes;
 }
 

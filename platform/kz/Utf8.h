@@ -17,6 +17,8 @@ std::size_t decode(std::string_view bytes, std::wstring& characters, bool more =
 // Characters that no UTF-8 text can hold (surrogates other than the stray bytes, values past
 // U+10FFFF) are written as U+FFFD.
 std::string encode(std::wstring_view characters);
+// The same, appended.
+void encode(std::wstring_view characters, std::string& bytes);
 
 // The length of the longest beginning of the text that has at most `limit` bytes and does not end
 // inside a character.

@@ -18,7 +18,9 @@ void FormatHelper::padToLen(kz::String& text, int length) const {
 
 void FormatHelper::putError(kz::String text) { logger->severe("ERROR! - " + text); }
 
-void FormatHelper::putData(kz::String text, int depth) { logger->info(getTabStr(depth) + text); }
+void FormatHelper::putData(kz::String text, int depth) {
+  logger->info(depth > 0 ? getTabStr(depth) + text : std::move(text));
+}
 
 void FormatHelper::putHeader(kz::String header, int depth) {
   const kz::String rule = repeated(L'=', header.length());

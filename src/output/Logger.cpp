@@ -78,9 +78,10 @@ void Logger::setLevel(kz::String name) {
 
 void Logger::log(Level recordLevel, kz::String text) {
   if (level > recordLevel || handlers->size() == 0) return;
-  text += "\n";
+  static const kz::String lineEnd("\n");
   for (int i = 0; i < handlers->size(); ++i) {
     handlers->get(i)->print(text);
+    handlers->get(i)->print(lineEnd);
     handlers->get(i)->flush();
   }
 }

@@ -6,6 +6,8 @@
 #ifndef KNOB_OUTPUT_LOGGER_H
 #define KNOB_OUTPUT_LOGGER_H
 
+#include <utility>
+
 #include "kz/collections/List.h"
 #include "kz/io/OutputStream.h"
 #include "kz/io/PrintWriter.h"
@@ -29,13 +31,13 @@ class Logger : public kz::Object {
   void setLevel(kz::String name);
 
   void log(Level recordLevel, kz::String text);
-  void severe(kz::String text) { log(Level::SEVERE, text); }
-  void warning(kz::String text) { log(Level::WARNING, text); }
-  void info(kz::String text) { log(Level::INFO, text); }
-  void config(kz::String text) { log(Level::CONFIG, text); }
-  void fine(kz::String text) { log(Level::FINE, text); }
-  void finer(kz::String text) { log(Level::FINER, text); }
-  void finest(kz::String text) { log(Level::FINEST, text); }
+  void severe(kz::String text) { log(Level::SEVERE, std::move(text)); }
+  void warning(kz::String text) { log(Level::WARNING, std::move(text)); }
+  void info(kz::String text) { log(Level::INFO, std::move(text)); }
+  void config(kz::String text) { log(Level::CONFIG, std::move(text)); }
+  void fine(kz::String text) { log(Level::FINE, std::move(text)); }
+  void finer(kz::String text) { log(Level::FINER, std::move(text)); }
+  void finest(kz::String text) { log(Level::FINEST, std::move(text)); }
 
   // Closes every handler's writer, in order, and takes it off: for whoever has to know that all
   // that was written has arrived. The destructor closes too, but cannot report a failure.

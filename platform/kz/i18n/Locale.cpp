@@ -29,12 +29,22 @@ Locale::Locale(std::string_view name) {
   suffixes_.push_back(suffix);
 }
 
-Locale Locale::getDefault() {
+Locale const& Locale::getDefault() {
+  // Asked for with every text, so the name is taken apart only when it is another one.
+  static std::string lastName = "C";
+  static Locale last(lastName);
+  std::string_view name = "C";
   for (char const* const variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-    char const* const name = std::getenv(variable);
-    if (name != nullptr && *name != '\0') return Locale(name);
+    char const* const value = std::getenv(variable);
+    if (value == nullptr || *value == '\0') continue;
+    name = value;
+    break;
   }
-  return Locale("C");
+  if (name != lastName) {
+    lastName = name;
+    last = Locale(name);
+  }
+  return last;
 }
 
 }  // namespace kz::i18n

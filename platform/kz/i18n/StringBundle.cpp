@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <fcntl.h>
+#include <list>
 #include <map>
 #include <optional>
 #include <sys/stat.h>
@@ -128,24 +129,30 @@ class StringBundle::Texts {
     }
   }
 
-  std::optional<String> find(std::string const& key) const {
+  std::optional<String> find(std::string const& key) {
     const auto text = texts_.find(key);
     if (text == texts_.end()) return std::nullopt;
-    return unescaped(text->second);
+    if (!text->second.decoded) text->second.decoded = unescaped(text->second.raw);
+    return text->second.decoded;
   }
 
  private:
+  struct Text {
+    std::string_view raw;
+    std::optional<String> decoded;
+  };
+
   void addLine(std::string_view line) {
     if (line.ends_with('\r')) line.remove_suffix(1);
     const std::size_t equals = line.find('=');
     if (line.starts_with('#') || equals == std::string_view::npos) return;
     std::string_view text = line.substr(equals + 1);
     text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-    texts_.insert_or_assign(trimmed(line.substr(0, equals)), text);
+    texts_.insert_or_assign(trimmed(line.substr(0, equals)), Text{text, {}});
   }
 
   std::string content_;
-  std::map<std::string_view, std::string_view> texts_;  // parts of the content
+  std::map<std::string_view, Text> texts_;  // parts of the content
 };
 
 std::vector<StringBundle::Source> StringBundle::sources(std::string const& name,
@@ -178,14 +185,21 @@ StringBundle::~StringBundle() = default;
 
 Reference<StringBundle> StringBundle::getBundle(String const& name, Locale const* locale) {
   struct Entry {
+    String name;
+    std::vector<std::string> suffixes;
     long generation = 0;
     std::vector<Source> sources;
     Reference<StringBundle> bundle;
   };
-  static std::map<std::pair<std::string, std::vector<std::string>>, Entry> cache;
+  static std::list<Entry> cache;
 
-  const Locale language = locale != nullptr ? *locale : Locale::getDefault();
-  Entry& entry = cache[{name.getBytes(), language.suffixes()}];
+  Locale const& language = locale != nullptr ? *locale : Locale::getDefault();
+  auto known = std::find_if(cache.begin(), cache.end(), [&](Entry const& candidate) {
+    return candidate.name == name && candidate.suffixes == language.suffixes();
+  });
+  if (known == cache.end())
+    known = cache.insert(known, Entry{name, language.suffixes(), 0, {}, {}});
+  Entry& entry = *known;
   const long generation = folderGeneration();
   const bool watched = std::none_of(entry.sources.begin(), entry.sources.end(),
                                     [](Source const& source) { return source.state.isLink; });

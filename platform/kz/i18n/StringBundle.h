@@ -36,8 +36,8 @@ class StringBundle : public Object {
 
  private:
   struct Source;
-  // One file: its lines are told apart when it is read, and a text is unescaped when it is asked
-  // for; most runs ask for a few.
+  // One file: its lines are told apart when it is read, and a text is unescaped when it is first
+  // asked for; most runs ask for a few.
   class Texts;
 
   static std::vector<Source> sources(std::string const& name, Locale const& locale);

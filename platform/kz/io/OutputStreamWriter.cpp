@@ -1,8 +1,7 @@
 #include "kz/io/OutputStreamWriter.h"
 
-#include <utility>
-
 #include "kz/Exception.h"
+#include "kz/Utf8.h"
 
 namespace kz::io {
 
@@ -13,14 +12,15 @@ OutputStreamWriter::OutputStreamWriter(OutputStream* stream, wchar_t const* enco
 }
 
 void OutputStreamWriter::write(String const& text) {
-  buffer_ += text.getBytes();
+  utf8::encode(text.characters(), buffer_);
   if (buffer_.size() >= bufferSize_) flush();
 }
 
 void OutputStreamWriter::flush() {
   if (buffer_.empty()) return;
-  const std::string bytes = std::exchange(buffer_, {});
-  stream_->write(bytes.data(), bytes.size());
+  written_.clear();
+  written_.swap(buffer_);
+  stream_->write(written_.data(), written_.size());
 }
 
 void OutputStreamWriter::close() {

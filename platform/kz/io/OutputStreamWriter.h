@@ -28,6 +28,7 @@ class OutputStreamWriter : public Writer {
   Reference<OutputStream> stream_;
   std::size_t bufferSize_;
   std::string buffer_;
+  std::string written_;  // what the last flush wrote; kept for its memory
 };
 
 }  // namespace kz::io

@@ -15,7 +15,9 @@ class PrintWriter : public Object {
   void print(String const& text) { writer_->write(text); }
   // The text and a line feed.
   void println(String const& text) {
-    print(text + "\n");
+    static const String lineEnd("\n");
+    print(text);
+    print(lineEnd);
     if (autoFlush_) flush();
   }
   void flush() { writer_->flush(); }
