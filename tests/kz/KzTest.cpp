@@ -1,15 +1,16 @@
+#include <array>
 #include <cerrno>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <map>
+#include <thread>
+#include <unistd.h>
 #include <vector>
 
 #include "kz/Exception.h"
-#include "kz/Platform.h"
-#include "kz/Utf8.h"
 #include "kz/io/BufferedReader.h"
+#include "kz/io/FileDescriptor.h"
 #include "kz/io/InputStreamReader.h"
-#include "kz/io/OutputStreamWriter.h"
-#include "kz/io/PrintWriter.h"
 
 using kz::String;
 using Texts = std::vector<std::string>;
@@ -29,32 +30,6 @@ TEST(Text, KeepsEveryByte) {
     EXPECT_EQ(String(bytes).length(), length) << bytes;
   }
   EXPECT_EQ(String(std::wstring{0xD800, 0x110000, 0xDC41}).getBytes(), "\ufffd\ufffd\ufffd");
-}
-
-TEST(Text, IsCutBetweenCharacters) {
-  const std::string text = "a\u00e4\u20ac\U0001F600";
-  const std::size_t expected[] = {0, 1, 1, 3, 3, 3, 6, 6, 6, 6, 10, 10};
-  for (std::size_t limit = 0; limit < std::size(expected); ++limit) {
-    char buffer[12] = "***********";
-    KZUnicodeToAnsi(buffer, String(text).characters().c_str(), static_cast<int>(limit) + 1);
-    EXPECT_EQ(buffer, text.substr(0, expected[limit])) << limit;
-  }
-  EXPECT_EQ(kz::utf8::cut("\x80\x80\x80\x80", 3), 3U);
-}
-
-TEST(Text, ReplacesRangesAndLeavesItsCopiesAlone) {
-  const struct {
-    int start, count;
-    char const *with, *expected;
-  } cases[] = {{0, 0, "x", "xabc"},   {1, 1, "", "ac"},  {1, 99, "x", "ax"},
-               {99, 99, "x", "abcx"}, {-5, 1, "", "bc"}, {1, -1, "x", "axbc"}};
-  for (auto const& [start, count, with, expected] : cases) {
-    const String original("abc");
-    EXPECT_EQ(String(original).replace(start, count, with).getBytes(), expected);
-    EXPECT_EQ(original.getBytes(), "abc");
-  }
-  String doubled("ab");
-  EXPECT_EQ(doubled.insert(1, doubled).getBytes(), "aabb");
 }
 
 // Bytes in pieces of a size, as a slow pipe gives them.
@@ -87,32 +62,24 @@ TEST(Reader, GivesTheSameLinesHoweverTheBytesCome) {
   }
 }
 
-// Takes what is written, one entry for each write, or fails.
-struct Sink : kz::io::OutputStream {
-  void write(char const* bytes, std::size_t count) override {
-    if (full) throw kz::ResultException(kz::statusOfErrno(ENOSPC));
-    writes.emplace_back(bytes, count);
+TEST(Writer, WaitsForASlowReader) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(0, pipe2(ends.data(), O_NONBLOCK));
+  const std::string content(300'000, 'x');
+  std::thread writer([&] {
+    kz::io::writeAll(ends[1], content.data(), content.size());
+    close(ends[1]);
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  std::string received(content.size() + 1, '\0');
+  std::size_t size = 0;
+  while (const std::size_t count =
+             kz::io::readSome(ends[0], received.data() + size, received.size() - size)) {
+    size += count;
   }
-  void close() override { writes.push_back("closed"); }
-  Texts writes;
-  bool full = false;
-};
-
-TEST(Writer, HandsOnWhatItHoldsAndNeverTwice) {
-  const kz::Reference<Sink> sink(new Sink);
-  const kz::Reference<kz::io::Writer> writer(
-      new kz::io::OutputStreamWriter(sink.get(), nullptr, 4));
-  kz::io::PrintWriter lines(writer.get(), true);
-  lines.print("ab");
-  EXPECT_TRUE(sink->writes.empty());
-  lines.print("\u00e4");
-  lines.println("c");
-  sink->full = true;
-  EXPECT_THROW(lines.println("lost"), kz::ResultException);
-  sink->full = false;
-  lines.print("d");
-  lines.close();
-  EXPECT_EQ(sink->writes, (Texts{"ab\u00e4", "c\n", "d", "closed"}));
+  writer.join();
+  close(ends[0]);
+  EXPECT_EQ(received.substr(0, size), content);
 }
 
 TEST(Status, TellsFailuresApartAndIsNeverZeroToAShell) {

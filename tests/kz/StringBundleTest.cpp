@@ -1,7 +1,5 @@
 #include <functional>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "kz/Exception.h"
 #include "kz/i18n/StringBundle.h"
@@ -69,8 +67,6 @@ TEST_F(Bundle, SpeaksTheLanguageOfTheEnvironment) {
       {"", "de_DE@euro", "C", "de_DE"},
       {"C.UTF-8", "de", "de", "base"},
       {"", "", "de_AT.UTF-8", "de"},
-      {"POSIX", "de", "de", "base"},
-      {"", "", "fr_FR", "base"},
       {"", "", "de_../x", "de"}};
   for (auto const& [all, messages, language, text] : cases) {
     speak(all, messages, language);
@@ -79,41 +75,30 @@ TEST_F(Bundle, SpeaksTheLanguageOfTheEnvironment) {
 }
 
 // A change that somebody else makes while the program runs.
-void fromOutside(std::function<void()> const& change) {
-  const pid_t child = fork();
-  if (child == 0) {
-    change();
-    _exit(0);
-  }
-  waitpid(child, nullptr, 0);
+void write(char const* content, std::string const& language = "") {
+  inChild([&] { return writeFile(path(language), content), 0; });
 }
 
 TEST_F(Bundle, IsSeenAsItIsNowAndNotReadAgainWithoutNeed) {
   speak("", "", "de");
-  const auto write = [](char const* content, std::string const& language = "") {
-    return [=] { writeFile(path(language), content); };
-  };
   const std::pair<std::function<void()>, char const*> steps[] = {
       {[] {}, "no bundle"},
-      {write("KEY=one"), "one"},
-      {write("KEY=two"), "two"},
-      {[] { writeFile(path() + "~", "KEY=six"), rename((path() + "~").c_str(), path().c_str()); },
-       "six"},
-      {write("KEY=language", "_de"), "language"},
+      {[] { write("KEY=one"); }, "one"},
+      {[] { write("KEY=two"); }, "two"},
+      {[] { write("KEY=six", "~"), std::filesystem::rename(path("~"), path()); }, "six"},
+      {[] { write("KEY=language", "_de"); }, "language"},
       {[] { std::filesystem::remove(path("_de")); }, "six"},
-      {write("OTHER=x"), "no key"},
-      {[] { std::filesystem::remove(path()), std::filesystem::create_directory(path()); },
-       "no bundle"},
-      {[] { std::filesystem::remove(path()), writeFile(path(), "KEY=back"); }, "back"}};
+      {[] { std::filesystem::remove(path()); }, "no bundle"},
+      {[] { write("KEY=back"); }, "back"}};
   for (auto const& [change, text] : steps) {
-    fromOutside(change);
+    change();
     EXPECT_EQ(lookUp("KEY"), text);
     EXPECT_EQ(lookUp("KEY"), text);
   }
   const kz::Reference<StringBundle> read = bundle();
-  fromOutside(write("a neighbour", "_de_DE"));
+  write("a neighbour", "_de_DE");
   EXPECT_EQ(bundle().get(), read.get());
-  fromOutside(write("KEY=text"));
+  write("KEY=text");
   EXPECT_NE(bundle().get(), read.get());
   EXPECT_EQ(read->getString("KEY").getBytes(), "back") << "whoever holds it may go on reading";
 }

@@ -37,7 +37,7 @@ TEST(NameList, ReadsWhatPeopleAndServersWrite) {
       {"\"$user\", public", Names{"$user", "public"}, Names{"$user", "public"}, "$user, public"},
       {R"("a,b", "c""d", " e ")", Names{"a,b", "c\"d", " e "}, Names{"a,b", "c\"d", " e "},
        R"("a,b", "c""d", " e ")"},
-      {"a b, /tmp/x y", Names{"a b", "/tmp/x y"}, Names{"a b", "/tmp/x y"}, "a b, /tmp/x y"},
+      {"a b, /run/x y", Names{"a b", "/run/x y"}, Names{"a b", "/run/x y"}, "a b, /run/x y"},
       {"\"\"", std::nullopt, Names{""}, ""},
       {"a,,b", std::nullopt, Names{"a", "", "b"}, ""},
       {"a,", std::nullopt, Names{"a", ""}, ""},
@@ -190,6 +190,15 @@ TEST(AlterSystem, QuotesNamesPartByPart) {
   EXPECT_EQ("ALTER SYSTEM SET \"a\".\"b\"\"c\" = 'x', 'y'",
             AlterSystem::set("a.b\"c", {"'x'", "'y'"}));
   EXPECT_EQ("ALTER SYSTEM RESET \"DateStyle\"", AlterSystem::reset("DateStyle"));
+}
+
+TEST(AlterSystem, KnowsWhichNamesAFileCanHold) {
+  for (char const* const name : {"work_mem", "pg_many.select", "_a.b$1", "\xC3\xA4.x"}) {
+    EXPECT_TRUE(AlterSystem::canName(name)) << name;
+  }
+  for (char const* const name : {"", "a.", ".b", "a.b.c", "a.1", "a b", "a.b\"; drop", "a-b"}) {
+    EXPECT_FALSE(AlterSystem::canName(name)) << name;
+  }
 }
 
 TEST(SqlState, IsFoundInErrorsOfEveryLanguage) {

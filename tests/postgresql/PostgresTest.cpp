@@ -164,7 +164,8 @@ TEST_F(Postgres, ShowsTheServersValuesWhateverTheSessionHas) {
   check({});
   server().sql(
       "ALTER ROLE postgres SET work_mem = '1GB'\nALTER ROLE ALL SET geqo = on\n"
-      "ALTER DATABASE postgres SET statement_timeout = 7\nALTER ROLE postgres SET temp_buffers = "
+      "ALTER DATABASE postgres SET statement_timeout = 70000\nALTER ROLE postgres SET temp_buffers "
+      "= "
       "200\n"
       "ALTER ROLE postgres IN DATABASE postgres SET random_page_cost = 9\n"
       "CREATE SCHEMA evil\nCREATE VIEW evil.pg_settings AS SELECT 1 AS name\n"
@@ -302,6 +303,11 @@ TEST_F(Postgres, ChangesWhatItMayAndWhatHelps) {
   import(server(), entry(port, "150") + entry(port, "100"));
   EXPECT_EQ("f",
             server().sql("SELECT pending_restart FROM pg_settings WHERE name = 'max_connections'"));
+  // So is one that is stored and that the server has not read yet.
+  server().reset();
+  server().sql("ALTER SYSTEM SET work_mem = '8MB'");
+  EXPECT_EQ(0, server().set("work_mem", "4096").status);
+  EXPECT_EQ("work_mem = '4096'\n", server().written());
 }
 
 TEST_F(Postgres, ReportsAServerThatGoesAwayDuringAnImport) {
@@ -328,50 +334,23 @@ TEST_F(Postgres, ReportsAServerThatGoesAwayDuringAnImport) {
 }
 
 TEST_F(Postgres, CarriesAConfigurationToAnotherServer) {
-  const std::vector<std::pair<std::string, std::string>> changes{
-      {"autovacuum", "off"},
-      {"fsync", "off"},
-      {"log_checkpoints", "off"},
-      {"geqo", "off"},
-      {"log_connections", "on"},
-      {"ignore_system_indexes", "on"},
-      {"hot_standby", "off"},
-      {"track_commit_timestamp", "on"},
-      {"wal_log_hints", "on"},
-      {"jit", "off"},
-      {"work_mem", "5000"},
-      {"max_connections", "60"},
-      {"shared_buffers", "2000"},
-      {"max_wal_senders", "5"},
-      {"statement_timeout", "99000"},
-      {"log_file_mode", "416"},
-      {"deadlock_timeout", "2000"},
-      {"temp_file_limit", "1000000"},
-      {"post_auth_delay", "0"},
-      {"checkpoint_timeout", "600"},
-      {"wal_buffers", "100"},
-      {"random_page_cost", "1.25"},
-      {"autovacuum_vacuum_scale_factor", "0.05"},
-      {"cursor_tuple_fraction", "0.5"},
-      {"vacuum_cost_delay", "1.5"},
-      {"wal_level", "2"},
-      {"synchronous_commit", "1"},
-      {"archive_mode", "1"},
-      {"log_statement", "2"},
-      {"ssl_max_protocol_version", "4"},
-      {"huge_pages", "0"},
-      {"IntervalStyle", "3"},
-      {"log_line_prefix", "%m 'x' \\ %q"},
-      {"archive_command", "test ! -f /a/%f && cp \"%p\" /a/%f"},
-      {"cluster_name", "a b"},
-      {"search_path", "$user, \"a,b\", Public"},
-      {"DateStyle", "German, DMY"},
-      {"TimeZone", "Europe/Berlin"},
-      {"shared_preload_libraries", "auto_explain, pg_stat_statements"},
-      {"log_destination", "stderr,csvlog"},
-      {"synchronous_standby_names", "FIRST 1 (\"x y\", b)"}};
-  for (auto const& [name, value] : changes) {
-    EXPECT_EQ(0, server().set(name, value).status) << name;
+  // Every type and context, several to a line.
+  std::istringstream changes(
+      R"(autovacuum=off|fsync=off|log_checkpoints=off|geqo=off|log_connections=on|jit=off|
+ignore_system_indexes=on|hot_standby=off|track_commit_timestamp=on|wal_log_hints=on|
+work_mem=5000|max_connections=60|shared_buffers=2000|max_wal_senders=5|statement_timeout=99000|
+log_file_mode=416|deadlock_timeout=2000|temp_file_limit=1000000|checkpoint_timeout=600|
+wal_buffers=100|random_page_cost=1.25|autovacuum_vacuum_scale_factor=0.05|
+cursor_tuple_fraction=0.5|vacuum_cost_delay=1.5|wal_level=2|synchronous_commit=1|archive_mode=1|
+log_statement=2|ssl_max_protocol_version=4|huge_pages=0|IntervalStyle=3|cluster_name=a b|
+log_line_prefix=%m 'x' \ %q|archive_command=test ! -f /a/%f && cp "%p" /a/%f|
+search_path=$user, "a,b", Public|DateStyle=German, DMY|TimeZone=Europe/Berlin|
+shared_preload_libraries=auto_explain, pg_stat_statements|log_destination=stderr,csvlog|
+synchronous_standby_names=FIRST 1 ("x y", b)|post_auth_delay=0|)");
+  for (std::string change; std::getline(changes, change, '|');) {
+    if (change.starts_with('\n')) change.erase(0, 1);
+    const std::size_t sign = change.find('=');
+    EXPECT_EQ(0, server().set(change.substr(0, sign), change.substr(sign + 1)).status) << change;
   }
   server().restart();
   const std::string from = exportedText(server());

@@ -128,12 +128,13 @@ std::string Server::value(std::string const& name, std::map<std::string, std::st
 }
 
 std::string Server::id(std::string const& name) const {
-  const auto found = nlohmann::json::parse(knob({"-H", name, "-JSON"}).run().out)["search_output"];
+  const Outcome run = knob({"-H", name, "-JSON"}).run();
+  const auto found = nlohmann::json::parse(run.out)["search_output"];
   for (auto const& entry : found) {
     if (entry.is_object() && entry["Setting"] == name)
       return std::to_string(entry["ID"].get<int>());
   }
-  ADD_FAILURE() << "no setting " << name;
+  ADD_FAILURE() << "no setting " << name << run.out;
   return "0";
 }
 

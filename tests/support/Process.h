@@ -2,6 +2,7 @@
 #ifndef KNOB_TESTS_SUPPORT_PROCESS_H
 #define KNOB_TESTS_SUPPORT_PROCESS_H
 
+#include <functional>
 #include <map>
 #include <string>
 #include <sys/types.h>
@@ -27,8 +28,6 @@ struct Process {
 
   // Waits for the end; a process that takes longer than a minute is killed.
   Outcome run() const;
-  // Does not wait. The streams go nowhere.
-  pid_t start() const;
 
  private:
   [[noreturn]] void become() const;
@@ -42,5 +41,9 @@ std::string programFolder();
 
 // A user that is not root and owns nothing.
 inline constexpr uid_t kNobody = 65534;
+
+// What the piece of a test gives in a process of its own, of another user if the test runs as root
+// and one is named; -1 if the process does not get to its end.
+int inChild(std::function<int()> const& piece, uid_t user = 0);
 
 #endif

@@ -81,8 +81,7 @@ void addSetting(int id, TnValueType type, char const* name, char const* getter,
 }  // namespace
 
 TnDouble& TnDouble::reset() {
-  engine = {{{"TnGetCategoryListCount(-1)", {0, {2}}},
-             {"TnGetCategoryList(-1,30)", {0, {1, 2}}},
+  engine = {{{"TnGetCategoryList(-1,30)", {0, {1, 2}}},
              {"TnGetCategoryInfo(-1,1)", {0, {6}, "Caches"}},
              {"TnGetCategoryInfo(-1,2)", {0, {0}, "Files"}},
              {"TnGetSettingList(-1,1,50)", {0, {25, 26, 27}}},

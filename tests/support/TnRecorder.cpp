@@ -1,4 +1,4 @@
-// Put in front of the tuning library with LD_PRELOAD: writes the name of every call, a line each,
+// Put in front of the tuning library with LD_PRELOAD: writes the name of the call, a line each,
 // into the file that TN_RECORD names, and passes the call on. With TN_KILL_BEFORE_SET=N the process
 // is killed where it would make its N-th change.
 #include <csignal>
@@ -44,15 +44,6 @@ TnStatus TnGetSettingInfo(TnHandle handle, int id, TnSettingRecord* record) {
 }
 int16_t TnIsSettingAvailable(TnHandle handle, int id) {
   return passOn("TnIsSettingAvailable", TnIsSettingAvailable, handle, id);
-}
-TnStatus TnGetLongValue(TnHandle handle, int id, int32_t* value, TnValueSelector selector) {
-  return passOn("TnGetLongValue", TnGetLongValue, handle, id, value, selector);
-}
-TnStatus TnGetValueLimit(TnHandle handle, int id, int32_t* maximum, int32_t* minimum) {
-  return passOn("TnGetValueLimit", TnGetValueLimit, handle, id, maximum, minimum);
-}
-TnStatus TnGetSettingHelp(int id, int* size, char* text) {
-  return passOn("TnGetSettingHelp", TnGetSettingHelp, id, size, text);
 }
 TnStatus TnSetLongValue(TnHandle handle, int id, int64_t value, TnValueSelector selector) {
   return passOn("TnSetLongValue", TnSetLongValue, handle, id, value, selector);

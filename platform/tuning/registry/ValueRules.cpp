@@ -38,7 +38,8 @@ bool isBlank(std::string_view text) { return text.find_first_not_of(" \t") == te
 TnStatus refusedString(const CatalogueSetting& setting, std::string_view canonical) {
   const auto longest = std::min<size_t>(static_cast<size_t>(setting.maximum), TN_TEXT_SIZE - 1);
   const auto shortest = static_cast<size_t>(setting.minimum);
-  // A settings file carries no blanks at the ends of a value, so blanks alone are as good as nothing.
+  // A settings file carries no blanks at the ends of a value, so blanks alone are as good as
+  // nothing.
   if (canonical.size() < shortest || (shortest > 0 && isBlank(canonical))) return TN_EMPTY_VALUE;
   if (canonical.size() > longest) return TN_VALUE_TOO_LONG;
   return std::ranges::any_of(canonical, isControl) ? TN_CONTROL_CHARACTER : TN_SUCCESS;
