@@ -409,10 +409,11 @@ TEST_F(TuningLibrary, KeepsTheOldOrTheNewValueWhenAWriterIsKilled) {
   for (int round = 0; round < 40; ++round) {
     const int32_t before = *told;
     const pid_t writer = fork();
-    for (int32_t next = last + 1; writer == 0; ++next) {
-      const bool written = writeNow(next, counter.id) == TN_SUCCESS;
-      *told = written ? next : INT32_MIN;
-      if (!written) _exit(1);
+    if (writer == 0) {
+      for (int32_t next = last + 1;; ++next) {
+        *told = writeNow(next, counter.id) == TN_SUCCESS ? next : INT32_MIN;
+        if (*told != next) _exit(1);
+      }
     }
     while (*told == before) std::this_thread::yield();
     std::this_thread::sleep_for(std::chrono::microseconds(137 * round));
@@ -435,7 +436,6 @@ TEST_F(TuningLibrary, KnowsTheFormsOfServerNames) {
       {"LocalHost", "", "", TN_SUCCESS},
       {host, "", "", TN_SUCCESS},
       {"file:", "", "", TN_UNKNOWN_SERVER_FORM},
-      {"other.example", "", "", TN_UNKNOWN_SERVER_FORM},
       {"", "me", "", TN_LOCAL_ENGINE_HAS_NO_USERS},
       {"file:x", "", "secret", TN_LOCAL_ENGINE_HAS_NO_USERS},
       {longest, longest, longest, TN_UNKNOWN_SERVER_FORM},
