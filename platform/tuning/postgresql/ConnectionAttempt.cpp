@@ -124,6 +124,9 @@ void ConnectionAttempt::restartBlocking() {
 
 // libpq gave up at once: either it does not understand the address, or nothing is there.
 TnStatus ConnectionAttempt::failureOfStart() const {
+  if (option("port").find_first_not_of("0123456789,") != std::string::npos) {
+    return TN_SERVER_ADDRESS_INVALID;
+  }
   const Parameters given = parameters();
   const bool understood =
       PQpingParams(given.keywords.data(), given.values.data(), kExpandUri) != PQPING_NO_ATTEMPT;
@@ -134,9 +137,6 @@ TnStatus ConnectionAttempt::failure() const {
   PGconn* const connection = connection_.get();
   const std::string_view code = SqlState::lastIn(PQerrorMessage(connection));
   if (!code.empty()) return SqlState::whenConnecting(code);
-  if (option("port").find_first_not_of("0123456789,") != std::string::npos) {
-    return TN_SERVER_ADDRESS_INVALID;
-  }
   if (PQconnectionNeedsPassword(connection)) return TN_LOGIN_REFUSED;
   if (lastStep_ == CONNECTION_SSL_STARTUP || lastStep_ == CONNECTION_GSS_STARTUP) {
     return TN_TLS_REFUSED;
