@@ -194,6 +194,7 @@ const std::string& PostgresEngine::value(int32_t settingId, TnValueType type, Se
   if (changed_ && selector == Selector::currentValue) {
     takeEffect();
     snapshot_ = Snapshot(connection_);
+    files_.reset();  // they were read before what this run has written
   }
   const Setting& setting = known(settingId, type);
   return selector == Selector::defaultValue ? setting.fallback : setting.current;
