@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <type_traits>
 
 namespace kz::utf8 {
 namespace {
@@ -18,22 +19,22 @@ struct Sequence {
   wchar_t character = 0;
 };
 
-// One row per shape of a multi-byte character: which first bytes, how many bytes, and which second
+// One row per shape of a character: which first bytes, how many bytes, and which second
 // bytes (the limits that rule out overlong forms, surrogates and values past U+10FFFF).
 struct Shape {
   unsigned firstLow, firstHigh;
   std::size_t length;
   unsigned secondLow, secondHigh;
 };
-constexpr std::array<Shape, 9> kShapes{{{0xC2, 0xDF, 2, 0x80, 0xBF},
+constexpr std::array<Shape, 9> kShapes{{{0x00, 0x7F, 1, 0, 0},
+                                        {0xC2, 0xDF, 2, 0x80, 0xBF},
                                         {0xE0, 0xE0, 3, 0xA0, 0xBF},
                                         {0xE1, 0xEC, 3, 0x80, 0xBF},
                                         {0xED, 0xED, 3, 0x80, 0x9F},
                                         {0xEE, 0xEF, 3, 0x80, 0xBF},
                                         {0xF0, 0xF0, 4, 0x90, 0xBF},
                                         {0xF1, 0xF3, 4, 0x80, 0xBF},
-                                        {0xF4, 0xF4, 4, 0x80, 0x8F},
-                                        {0x00, 0x7F, 1, 0, 0}}};
+                                        {0xF4, 0xF4, 4, 0x80, 0x8F}}};
 
 Sequence sequenceAt(std::string_view bytes, std::size_t start) {
   const unsigned first = byteAt(bytes, start);
@@ -53,11 +54,18 @@ Sequence sequenceAt(std::string_view bytes, std::size_t start) {
   return {shape->length, present == shape->length, static_cast<wchar_t>(value)};
 }
 
-// How many bytes at the beginning are ASCII: most of all text is.
-std::size_t plainLength(std::string_view bytes) {
-  const auto end = std::find_if(bytes.begin(), bytes.end(),
-                                [](char byte) { return static_cast<unsigned char>(byte) >= 0x80; });
-  return static_cast<std::size_t>(end - bytes.begin());
+// Most text is ASCII and needs no look at single characters: it is copied while it is being looked
+// at, in loops without a way out, which the compiler turns into a few instructions for many units.
+template <typename From, typename To>
+bool copyIfPlain(From const* from, std::size_t count, To* to) {
+  using Unit = std::make_unsigned_t<From>;
+  Unit seen = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    const auto unit = static_cast<Unit>(from[i]);
+    seen = static_cast<Unit>(seen | unit);
+    to[i] = static_cast<To>(unit);
+  }
+  return seen < 0x80;
 }
 
 bool isStrayByte(wchar_t character) {
@@ -91,14 +99,12 @@ void encodeOne(wchar_t character, std::string& bytes) {
 }  // namespace
 
 std::size_t decode(std::string_view bytes, std::wstring& characters, bool more) {
+  const std::size_t before = characters.size();
+  characters.resize(before + bytes.size());
+  if (copyIfPlain(bytes.data(), bytes.size(), characters.data() + before)) return bytes.size();
+  characters.resize(before);
   std::size_t position = 0;
   while (position < bytes.size()) {
-    const std::size_t plain = plainLength(bytes.substr(position));
-    const std::size_t before = characters.size();
-    characters.resize(before + plain);
-    std::copy_n(bytes.data() + position, plain, characters.data() + before);
-    position += plain;
-    if (position == bytes.size()) break;
     const Sequence sequence = sequenceAt(bytes, position);
     if (sequence.length != 0 && !sequence.complete && more) return position;
     if (sequence.complete) {
@@ -112,15 +118,11 @@ std::size_t decode(std::string_view bytes, std::wstring& characters, bool more) 
 }
 
 void encode(std::wstring_view characters, std::string& bytes) {
-  const auto special = std::find_if(characters.begin(), characters.end(), [](wchar_t character) {
-    return character < 0 || character >= 0x80;
-  });
-  const auto plain = static_cast<std::size_t>(special - characters.begin());
   const std::size_t before = bytes.size();
-  bytes.resize(before + plain);
-  std::transform(characters.begin(), special, bytes.data() + before,
-                 [](wchar_t character) { return static_cast<char>(character); });
-  for (const wchar_t character : characters.substr(plain)) encodeOne(character, bytes);
+  bytes.resize(before + characters.size());
+  if (copyIfPlain(characters.data(), characters.size(), bytes.data() + before)) return;
+  bytes.resize(before);
+  for (const wchar_t character : characters) encodeOne(character, bytes);
 }
 
 std::string encode(std::wstring_view characters) {

@@ -28,7 +28,8 @@ class Bundle : public testing::Test {
     setenv("LANG", language, 1);
   }
   static kz::Reference<StringBundle> bundle() {
-    return StringBundle::getBundle("TEST_kz", nullptr);
+    const kz::i18n::Locale locale = kz::i18n::Locale::ofEnvironment();
+    return StringBundle::getBundle("TEST_kz", &locale);
   }
   // The text, or what is wrong.
   static std::string lookUp(char const* key) {

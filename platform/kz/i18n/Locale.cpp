@@ -29,22 +29,17 @@ Locale::Locale(std::string_view name) {
   suffixes_.push_back(suffix);
 }
 
-Locale const& Locale::getDefault() {
-  // Asked for with every text, so the name is taken apart only when it is another one.
-  static std::string lastName = "C";
-  static Locale last(lastName);
-  std::string_view name = "C";
+Locale Locale::ofEnvironment() {
   for (char const* const variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
     char const* const value = std::getenv(variable);
-    if (value == nullptr || *value == '\0') continue;
-    name = value;
-    break;
+    if (value != nullptr && *value != '\0') return Locale(value);
   }
-  if (name != lastName) {
-    lastName = name;
-    last = Locale(name);
-  }
-  return last;
+  return Locale("C");
+}
+
+Locale const& Locale::getDefault() {
+  static const Locale locale = ofEnvironment();
+  return locale;
 }
 
 }  // namespace kz::i18n

@@ -1,6 +1,8 @@
 #include "tuning/postgresql/SettingText.h"
 
+#include <algorithm>
 #include <string_view>
+#include <utility>
 
 #include "tuning/postgresql/KnownSettings.h"
 
@@ -14,16 +16,14 @@ void addSentence(std::string& text, std::string_view sentence) {
 }
 
 // No line end or other control character, and no backslash: JSON output escapes neither here.
-std::string onOneLine(const std::string& text) {
-  std::string line;
-  for (const char c : text) {
-    if (c == '\\') {
-      line += "(backslash)";
-    } else {
-      line += static_cast<unsigned char>(c) < ' ' || c == '\x7f' ? ' ' : c;
-    }
-  }
-  return line;
+std::string onOneLine(std::string text) {
+  constexpr std::string_view kInstead = "(backslash)";
+  std::replace_if(
+      text.begin(), text.end(),
+      [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; }, ' ');
+  std::size_t found = 0;
+  while ((found = text.find('\\', found)) != std::string::npos) text.replace(found, 1, kInstead);
+  return text;
 }
 
 }  // namespace
@@ -53,7 +53,7 @@ std::string SettingText::of(const Setting& setting) {
         "The value shown is the default: this session has its own, and the server's cannot be"
         " told.");
   }
-  return onOneLine(text);
+  return onOneLine(std::move(text));
 }
 
 }  // namespace tn::postgresql
