@@ -55,17 +55,15 @@ Sequence sequenceAt(std::string_view bytes, std::size_t start) {
 }
 
 // Most text is ASCII and needs no look at single characters: it is copied while it is being looked
-// at, in loops without a way out, which the compiler turns into a few instructions for many units.
+// at, in a loop without a way out. True when all of it was.
 template <typename From, typename To>
 bool copyIfPlain(From const* from, std::size_t count, To* to) {
-  using Unit = std::make_unsigned_t<From>;
-  Unit seen = 0;
+  From seen = 0;
   for (std::size_t i = 0; i < count; ++i) {
-    const auto unit = static_cast<Unit>(from[i]);
-    seen = static_cast<Unit>(seen | unit);
-    to[i] = static_cast<To>(unit);
+    seen = static_cast<From>(seen | from[i]);
+    to[i] = static_cast<To>(from[i]);
   }
-  return seen < 0x80;
+  return static_cast<std::make_unsigned_t<From>>(seen) < 0x80;
 }
 
 bool isStrayByte(wchar_t character) {
