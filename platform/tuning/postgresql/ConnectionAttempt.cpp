@@ -141,6 +141,11 @@ TnStatus ConnectionAttempt::failure() const {
   if (lastStep_ == CONNECTION_SSL_STARTUP || lastStep_ == CONNECTION_GSS_STARTUP) {
     return TN_TLS_REFUSED;
   }
+  // Of what it finds missing itself libpq gives no code; a server was there to miss it on.
+  const bool reached = lastStep_ != CONNECTION_STARTED;
+  if (reached && (option("channel_binding") == "require" || option("gssencmode") == "require")) {
+    return TN_TLS_REFUSED;
+  }
   // The last server let us in and was then found not to be of the kind that was asked for.
   if (PQparameterStatus(connection, "server_version") != nullptr) return TN_NO_SUITABLE_SERVER;
   return TN_SERVER_UNREACHABLE;
