@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <type_traits>
 
 namespace kz::utf8 {
 namespace {
@@ -19,8 +18,8 @@ struct Sequence {
   wchar_t character = 0;
 };
 
-// One row per shape of a character: which first bytes, how many bytes, and which second
-// bytes (the limits that rule out overlong forms, surrogates and values past U+10FFFF).
+// One row per shape of a character: which first bytes, how many bytes, and which second bytes (the
+// limits that rule out overlong forms, surrogates and values past U+10FFFF).
 struct Shape {
   unsigned firstLow, firstHigh;
   std::size_t length;
@@ -54,18 +53,6 @@ Sequence sequenceAt(std::string_view bytes, std::size_t start) {
   return {shape->length, present == shape->length, static_cast<wchar_t>(value)};
 }
 
-// Most text is ASCII and needs no look at single characters: it is copied while it is being looked
-// at, in a loop without a way out. True when all of it was.
-template <typename From, typename To>
-bool copyIfPlain(From const* from, std::size_t count, To* to) {
-  From seen = 0;
-  for (std::size_t i = 0; i < count; ++i) {
-    seen = static_cast<From>(seen | from[i]);
-    to[i] = static_cast<To>(from[i]);
-  }
-  return static_cast<std::make_unsigned_t<From>>(seen) < 0x80;
-}
-
 bool isStrayByte(wchar_t character) {
   return character >= kStrayBase + 0x80 && character <= kStrayBase + 0xFF;
 }
@@ -96,31 +83,39 @@ void encodeOne(wchar_t character, std::string& bytes) {
 
 }  // namespace
 
+// Most text is ASCII: both ways treat such characters at once, one by one.
+
 std::size_t decode(std::string_view bytes, std::wstring& characters, bool more) {
   const std::size_t before = characters.size();
-  characters.resize(before + bytes.size());
-  if (copyIfPlain(bytes.data(), bytes.size(), characters.data() + before)) return bytes.size();
-  characters.resize(before);
+  characters.resize(before + bytes.size());  // no byte gives more than one character
+  wchar_t* next = characters.data() + before;
   std::size_t position = 0;
   while (position < bytes.size()) {
-    const Sequence sequence = sequenceAt(bytes, position);
-    if (sequence.length != 0 && !sequence.complete && more) return position;
-    if (sequence.complete) {
-      characters.push_back(sequence.character);
-      position += sequence.length;
-    } else {
-      characters.push_back(static_cast<wchar_t>(kStrayBase + byteAt(bytes, position++)));
+    const unsigned byte = byteAt(bytes, position);
+    if (byte < 0x80) {
+      *next++ = static_cast<wchar_t>(byte);
+      ++position;
+      continue;
     }
+    const Sequence sequence = sequenceAt(bytes, position);
+    if (sequence.length != 0 && !sequence.complete && more) break;
+    *next++ = sequence.complete ? sequence.character : static_cast<wchar_t>(kStrayBase + byte);
+    position += sequence.complete ? sequence.length : 1;
   }
+  characters.resize(static_cast<std::size_t>(next - characters.data()));
   return position;
 }
 
 void encode(std::wstring_view characters, std::string& bytes) {
   const std::size_t before = bytes.size();
   bytes.resize(before + characters.size());
-  if (copyIfPlain(characters.data(), characters.size(), bytes.data() + before)) return;
-  bytes.resize(before);
-  for (const wchar_t character : characters) encodeOne(character, bytes);
+  std::size_t plain = 0;
+  while (plain < characters.size() && characters[plain] >= 0 && characters[plain] < 0x80) {
+    bytes[before + plain] = static_cast<char>(characters[plain]);
+    ++plain;
+  }
+  bytes.resize(before + plain);
+  for (const wchar_t character : characters.substr(plain)) encodeOne(character, bytes);
 }
 
 std::string encode(std::wstring_view characters) {

@@ -14,6 +14,14 @@ bool isPlain(std::string_view text) {
   });
 }
 
+char const* nameInEnvironment() {
+  for (char const* const variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+    char const* const value = std::getenv(variable);
+    if (value != nullptr && *value != '\0') return value;
+  }
+  return "C";
+}
+
 }  // namespace
 
 Locale::Locale(std::string_view name) {
@@ -29,16 +37,8 @@ Locale::Locale(std::string_view name) {
   suffixes_.push_back(suffix);
 }
 
-Locale Locale::ofEnvironment() {
-  for (char const* const variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-    char const* const value = std::getenv(variable);
-    if (value != nullptr && *value != '\0') return Locale(value);
-  }
-  return Locale("C");
-}
-
 Locale const& Locale::getDefault() {
-  static const Locale locale = ofEnvironment();
+  static const Locale locale(nameInEnvironment());
   return locale;
 }
 

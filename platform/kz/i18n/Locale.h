@@ -12,9 +12,8 @@ class Locale {
  public:
   // A name as the system writes it, such as de_DE.UTF-8. Encoding and variant do not matter.
   explicit Locale(std::string_view name);
-  // The first of LC_ALL, LC_MESSAGES and LANG that is not empty.
-  static Locale ofEnvironment();
-  // That of the environment when it was first asked for: every text asks for it.
+  // The first of LC_ALL, LC_MESSAGES and LANG that is not empty, as it was when this was first
+  // asked: every text asks.
   static Locale const& getDefault();
 
   // What file names of texts in this language end in, the most special first: "_de_DE", "_de".
