@@ -2,8 +2,8 @@
 // the interface's records and values into objects and texts, and every failure status into an
 // SvcException with a message for people.
 //
-// Every operation throws SvcException
-// with the interface's status unless it says otherwise. Operations on settings need a connection.
+// Every operation throws SvcException with the interface's status unless it says otherwise.
+// Operations on settings need a connection.
 #ifndef KNOB_SERVICE_SVC_CONFIG_HELPER_H
 #define KNOB_SERVICE_SVC_CONFIG_HELPER_H
 
@@ -62,8 +62,8 @@ class SvcConfigHelper : public kz::Object {
   void getValueLimit(int settingId, int* maximum, int* minimum);
   kz::String getSettingHelp(int settingId);
 
-  // The engine judges the values. A text that the interface could not
-  // carry, over 1,023 bytes or with a NUL in it, is refused before the call.
+  // The engine judges the values. A text that the interface could not carry, over 1,023 bytes or
+  // with a NUL in it, is refused before the call.
   void setStringValue(int settingId, kz::String value, int which);
   // Throws what setStringValue throws for a text over that size.
   [[noreturn]] void refuseTooLongValue();

@@ -168,8 +168,7 @@ TEST_F(Postgres, ShowsTheServersValuesWhateverTheSessionHas) {
   server().sql(
       "ALTER ROLE postgres SET work_mem = '1GB'\nALTER ROLE ALL SET geqo = on\n"
       "ALTER DATABASE postgres SET statement_timeout = 70000\nALTER ROLE postgres SET temp_buffers "
-      "= "
-      "200\n"
+      "= 200\n"
       "ALTER ROLE postgres IN DATABASE postgres SET random_page_cost = 9\n"
       "CREATE SCHEMA evil\nCREATE VIEW evil.pg_settings AS SELECT 1 AS name\n"
       "ALTER ROLE postgres SET search_path = evil, pg_catalog\n"
@@ -295,15 +294,15 @@ TEST_F(Postgres, ChangesWhatItMayAndWhatHelps) {
   expectFailure("7415", server().set("work_mem", "6000"));
   writeFile(server().data("postgresql.conf"), main);
   // A change that waits for a restart is no error, and is taken back by the running value.
-  const std::string port = server().id("max_connections");
-  import(server(), entry(port, "150") + entry(id, "7000"));
+  const std::string connections = server().id("max_connections");
+  import(server(), entry(connections, "150") + entry(id, "7000"));
   EXPECT_EQ("7000", server().value("work_mem"));
   EXPECT_EQ("t",
             server().sql("SELECT pending_restart FROM pg_settings WHERE name = 'max_connections'"));
   EXPECT_EQ(0, server().set("max_connections", "100").status);
   EXPECT_EQ("f",
             server().sql("SELECT pending_restart FROM pg_settings WHERE name = 'max_connections'"));
-  import(server(), entry(port, "150") + entry(port, "100"));
+  import(server(), entry(connections, "150") + entry(connections, "100"));
   EXPECT_EQ("f",
             server().sql("SELECT pending_restart FROM pg_settings WHERE name = 'max_connections'"));
   // So is one that is stored and that the server has not read yet.

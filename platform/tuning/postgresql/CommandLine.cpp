@@ -1,7 +1,8 @@
 #include "tuning/postgresql/CommandLine.h"
 
 #include <algorithm>
-#include <strings.h>
+
+#include "tuning/postgresql/SettingName.h"
 
 namespace tn::postgresql {
 namespace {
@@ -54,11 +55,10 @@ void CommandLine::take(std::string_view assignment) {
 }
 
 std::optional<std::string_view> CommandLine::value(std::string_view settingName) const {
-  const auto found = std::find_if(
-      assignments_.rbegin(), assignments_.rend(), [settingName](const Assignment& assignment) {
-        return assignment.name.size() == settingName.size() &&
-               ::strncasecmp(assignment.name.data(), settingName.data(), settingName.size()) == 0;
-      });
+  const auto found = std::find_if(assignments_.rbegin(), assignments_.rend(),
+                                  [settingName](const Assignment& assignment) {
+                                    return isSameSetting(assignment.name, settingName);
+                                  });
   if (found == assignments_.rend()) return std::nullopt;
   return found->value;
 }

@@ -1,9 +1,9 @@
 #include "tuning/postgresql/ServerFiles.h"
 
 #include <algorithm>
-#include <strings.h>
 
 #include "tuning/TuningError.h"
+#include "tuning/postgresql/SettingName.h"
 
 namespace tn::postgresql {
 namespace {
@@ -23,10 +23,6 @@ constexpr std::string_view kWrittenFile = "/postgresql.auto.conf";
 
 constexpr char kOptionsQuery[] =
     "SELECT pg_catalog.pg_read_file('postmaster.opts', 0, 65536, true)";
-
-bool sameName(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && ::strncasecmp(a.data(), b.data(), a.size()) == 0;
-}
 
 }  // namespace
 
@@ -78,7 +74,7 @@ template <typename Condition>
 std::optional<std::string_view> ServerFiles::last(std::string_view settingName,
                                                   Condition condition) const {
   const auto found = std::find_if(entries_.rbegin(), entries_.rend(), [&](const Entry& entry) {
-    return sameName(entry.name, settingName) && condition(entry);
+    return isSameSetting(entry.name, settingName) && condition(entry);
   });
   if (found == entries_.rend()) return std::nullopt;
   return found->value;

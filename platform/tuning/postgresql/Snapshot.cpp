@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <iterator>
 #include <string_view>
-#include <strings.h>
 
 #include "tuning/TuningError.h"
 #include "tuning/postgresql/ServerFiles.h"
 #include "tuning/postgresql/SettingIds.h"
+#include "tuning/postgresql/SettingName.h"
 #include "tuning/postgresql/ValueText.h"
 
 namespace tn::postgresql {
@@ -247,10 +247,7 @@ std::string Snapshot::shown(std::string_view text, const Setting& setting) {
 
 bool Snapshot::hasName(std::string_view name) const {
   for (int row = 0; row < rows_.rows(); ++row) {
-    const std::string_view known = rows_.text(row, kName);
-    if (known.size() == name.size() && ::strncasecmp(known.data(), name.data(), name.size()) == 0) {
-      return true;
-    }
+    if (isSameSetting(rows_.text(row, kName), name)) return true;
   }
   return false;
 }

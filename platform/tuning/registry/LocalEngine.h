@@ -21,10 +21,11 @@
 
 namespace tn::registry {
 
-class LocalEngine : public Engine {
+class LocalEngine final : public Engine {
  public:
   explicit LocalEngine(std::unique_ptr<Store> store);
 
+ protected:
   std::vector<int32_t> categories() override;
   CategoryInfo category(int32_t categoryId) override;
   std::vector<int32_t> settings(int32_t categoryId) override;

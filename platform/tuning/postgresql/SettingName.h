@@ -1,0 +1,17 @@
+// How two names of settings are compared. The server takes a name in any letter case, in its files,
+// on its command line and in statements.
+#ifndef KNOB_POSTGRESQL_SETTING_NAME_H
+#define KNOB_POSTGRESQL_SETTING_NAME_H
+
+#include <string_view>
+#include <strings.h>
+
+namespace tn::postgresql {
+
+inline bool isSameSetting(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && ::strncasecmp(a.data(), b.data(), a.size()) == 0;
+}
+
+}  // namespace tn::postgresql
+
+#endif
