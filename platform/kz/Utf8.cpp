@@ -53,6 +53,8 @@ Sequence sequenceAt(std::string_view bytes, std::size_t start) {
   return {shape->length, present == shape->length, static_cast<wchar_t>(value)};
 }
 
+bool isPlain(wchar_t character) { return character >= 0 && character < 0x80; }
+
 bool isStrayByte(wchar_t character) {
   return character >= kStrayBase + 0x80 && character <= kStrayBase + 0xFF;
 }
@@ -90,16 +92,15 @@ std::size_t decode(std::string_view bytes, std::wstring& characters, bool more) 
   characters.resize(before + bytes.size());  // no byte gives more than one character
   wchar_t* next = characters.data() + before;
   std::size_t position = 0;
-  while (position < bytes.size()) {
-    const unsigned byte = byteAt(bytes, position);
-    if (byte < 0x80) {
-      *next++ = static_cast<wchar_t>(byte);
-      ++position;
-      continue;
+  for (;;) {
+    for (; position < bytes.size() && byteAt(bytes, position) < 0x80; ++position) {
+      *next++ = static_cast<wchar_t>(bytes[position]);
     }
+    if (position == bytes.size()) break;
     const Sequence sequence = sequenceAt(bytes, position);
     if (sequence.length != 0 && !sequence.complete && more) break;
-    *next++ = sequence.complete ? sequence.character : static_cast<wchar_t>(kStrayBase + byte);
+    *next++ = sequence.complete ? sequence.character
+                                : static_cast<wchar_t>(kStrayBase + byteAt(bytes, position));
     position += sequence.complete ? sequence.length : 1;
   }
   characters.resize(static_cast<std::size_t>(next - characters.data()));
@@ -109,10 +110,10 @@ std::size_t decode(std::string_view bytes, std::wstring& characters, bool more) 
 void encode(std::wstring_view characters, std::string& bytes) {
   const std::size_t before = bytes.size();
   bytes.resize(before + characters.size());
+  char* const plainBytes = bytes.data() + before;
   std::size_t plain = 0;
-  while (plain < characters.size() && characters[plain] >= 0 && characters[plain] < 0x80) {
-    bytes[before + plain] = static_cast<char>(characters[plain]);
-    ++plain;
+  for (; plain < characters.size() && isPlain(characters[plain]); ++plain) {
+    plainBytes[plain] = static_cast<char>(characters[plain]);
   }
   bytes.resize(before + plain);
   for (const wchar_t character : characters.substr(plain)) encodeOne(character, bytes);
