@@ -65,9 +65,9 @@ bool CommandProcessor::confirmOverwriteFile(bool skipPrompt) {
   int empty = 0;
   while (empty < kEmptyAnswers && isEmptyAnswer(*reader, answer)) ++empty;
   if (empty == kEmptyAnswers) {
-    isEmptyAnswer(*reader, answer);
     out->println("\n" + messages->getResStr("ERR_INTERACTIVE_INPUT"));
     out->flush();
+    isEmptyAnswer(*reader, answer);
   }
   return answer.equalsIgnoreCase("Y");
 }

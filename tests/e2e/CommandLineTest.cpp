@@ -13,7 +13,9 @@ using nlohmann::json;
 
 const std::string kBanner =
     "Configuration Utility 15.21.016.000\nCopyright (c) 2026 The knob developers\n\n";
-const std::string kInvalid = "The arguments do not make up a command.\n";
+const std::string kInvalid =
+    "The arguments do not make up a command, or an id or value that has to be a number is none or "
+    "is too large.\n";
 
 TEST(CommandLine, ReportsMisuseInTheChosenForm) {
   const struct {

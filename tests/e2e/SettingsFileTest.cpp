@@ -219,7 +219,7 @@ TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
   const std::string wrong = setting("9999", "1") + setting("26", "x") + setting("25", "3601");
   const std::string wrongSaid =
       refused("9999", "1") +
-      "Setting 26 was not changed, because its value in the file is not a number.\n" +
+      "Setting 26 was not changed, because its value in the file is no number or is too large.\n" +
       refused("25", "3601");
   const struct {
     std::string content;
@@ -229,8 +229,8 @@ TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
   } cases[] = {
       {"", "", false},
       {std::string("\0\x80\xFF\n\0\0\n", 7) + good, "", true},
-      {setting("abc", "1") + good, "A setting was skipped, because its id is not a number: abc\n",
-       true},
+      {setting("abc", "1") + good,
+       "A setting was skipped, because its id is no number or is too large: abc\n", true},
       {kIdTag + " 25\n" + kIdTag + " 28\n" + kValueTag + " 5\n", "", true},
       {kIdTag + " 25", noValue, false},
       {"\tSetting\t ID: 25\nCurrent\t Value: 5", "", true},

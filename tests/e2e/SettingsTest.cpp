@@ -32,7 +32,9 @@ TEST(Settings, AreValidJsonWithoutException) {
 
 TEST(Settings, TakeAndRefuseValues) {
   TempFolder home;
-  const std::string invalid = "The arguments do not make up a command.";
+  const std::string invalid =
+      "The arguments do not make up a command, or an id or value that has to be a number is none "
+      "or is too large.";
   const struct {
     std::string id, value;
     std::string failure;  // the beginning of what is said; empty: the value is taken
