@@ -109,6 +109,7 @@ enum {
   TN_STORE_BUSY = 7309,
   TN_STORE_FULL = 7310,
   TN_STORE_IO_ERROR = 7311,
+  TN_STORE_PATH_UNUSABLE = 7312,
 
   /* A database server reached over a network or a socket. */
   TN_SERVER_ADDRESS_INVALID = 7401,

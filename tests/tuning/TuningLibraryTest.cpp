@@ -278,6 +278,7 @@ TEST_F(TuningLibrary, LeavesAStoreThatItCannotUseAsItIs) {
   const std::string good = readFile(store);
   std::string holed = good;
   holed.replace(4096, 2000, std::string(2000, '\x5a'));
+  const std::string zeroed = good.substr(0, good.size() - 20) + std::string(20, '\0');
   const auto file = [this](const std::string& bytes) {
     return [this, bytes] { writeFile(store, bytes); };
   };
@@ -296,6 +297,9 @@ TEST_F(TuningLibrary, LeavesAStoreThatItCannotUseAsItIs) {
       {TN_STORE_NEWER, sql("PRAGMA user_version = 2")},
       {TN_STORE_DAMAGED, file(holed)},
       {TN_STORE_DAMAGED, file(std::string(8192, '\0'))},
+      {TN_STORE_DAMAGED, file(zeroed)},
+      {TN_STORE_DAMAGED, file(good.substr(0, good.size() - 20))},
+      {TN_STORE_DAMAGED, file(good.substr(0, 4097))},
       {TN_STORE_DAMAGED, sql("ALTER TABLE setting RENAME TO x")},
       {TN_STORE_DAMAGED, sql("INSERT INTO setting VALUES (1 << 40, '')")},
       {TN_SUCCESS, sql("INSERT INTO setting VALUES (9999, 'of a later release')")},
@@ -345,15 +349,31 @@ TEST_F(TuningLibrary, NamesTheRightThatIsMissing) {
 }
 
 TEST_F(TuningLibrary, SurvivesAFullDisk) {
-  ASSERT_EQ(TN_SUCCESS, writeNow(5));
-  const auto full = [this] {
-    const rlimit limit{100, 100};
-    signal(SIGXFSZ, SIG_IGN);
-    setrlimit(RLIMIT_FSIZE, &limit);
-    return writeNow(6);
-  };
-  EXPECT_EQ(TN_STORE_FULL, inChild(full));
-  EXPECT_EQ(5, valueNow());
+  for (const bool isNew : {true, false}) {
+    // Up to a store's two pages: in its journal, and in the file when the change is completed.
+    for (const rlim_t bytes : {10U, 100U, 1024U, 4096U, 5000U, 8191U}) {
+      EXPECT_EQ(TN_STORE_FULL, inChild([&] {
+                  const rlimit limit{bytes, bytes};
+                  signal(SIGXFSZ, SIG_IGN);
+                  setrlimit(RLIMIT_FSIZE, &limit);
+                  return writeNow(6);
+                }))
+          << bytes;
+      EXPECT_EQ(isNew ? kDefault : 5, valueNow());
+    }
+    ASSERT_EQ(TN_SUCCESS, writeNow(5));
+  }
+}
+
+TEST_F(TuningLibrary, MakesNoFileUnderAPathThatIsTooLong) {
+  EXPECT_EQ(TN_STORE_PATH_UNUSABLE, inChild([this] {
+              const std::string part(200, 'd');
+              fs::create_directories(folder / part / part / part);
+              fs::current_path(folder / part / part / part);
+              const TnHandle deep = connect("file:x.db");
+              const int status = TnSetLongValue(deep, kInteger, 6, TN_CURRENT_VALUE);
+              return fs::exists("x.db") ? -2 : status;
+            }));
 }
 
 // A child changes much, so that pages reach the file before the end of the transaction, and ends.

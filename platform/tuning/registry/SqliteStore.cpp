@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 #include "service/TuningInterface.h"
 #include "tuning/TuningError.h"
@@ -86,6 +87,24 @@ bool holdsStore(const std::string& path) {
   return true;
 }
 
+// Keeps SQLite from giving names like ":memory:" and "file:x" a meaning of their own.
+std::string plainName(const std::string& path) {
+  return path.starts_with('/') ? path : "./" + path;
+}
+
+// SQLite takes shorter paths than the system does, with room for the name of the journal. It would
+// say so without a reason, and only after the file was made.
+void checkPath(const std::string& path) {
+  constexpr size_t kJournalSuffix = 8;
+  sqlite3_vfs* const system = sqlite3_vfs_find(nullptr);
+  std::vector<char> full(static_cast<size_t>(system->mxPathname) + 1);
+  const int result = system->xFullPathname(system, plainName(path).c_str(),
+                                           static_cast<int>(full.size()), full.data());
+  if ((result & 0xff) != SQLITE_OK || strlen(full.data()) + kJournalSuffix >= full.size()) {
+    throw TuningError(TN_STORE_PATH_UNUSABLE);
+  }
+}
+
 // An empty file, which is an empty store. SQLite would make it too, but could not tell afterwards
 // whether the folder or the right to write in it was missing.
 void createFile(const std::string& path) {
@@ -107,8 +126,11 @@ TnStatus statusOf(sqlite3* database, int result, Purpose purpose) {
     case SQLITE_NOMEM:
       return TN_OUT_OF_MEMORY;
     case SQLITE_CANTOPEN:
-    case SQLITE_IOERR:
-      return failureOf(sqlite3_system_errno(database), purpose);
+    case SQLITE_IOERR: {
+      // Of a write that fails while a change is completed SQLite keeps no number.
+      const int kept = sqlite3_system_errno(database);
+      return failureOf(kept != 0 ? kept : errno, purpose);
+    }
     default:  // a page that makes no sense, a table that is not there or looks different
       return TN_STORE_DAMAGED;
   }
@@ -127,18 +149,17 @@ class Connection {
  public:
   // Writable if the rights allow it, even to read: an interrupted change may have to be undone.
   Connection(const std::string& path, Purpose purpose) : purpose_(purpose) {
-    // Keeps SQLite from giving names like ":memory:" and "file:x" a meaning of their own.
-    const std::string plain = path.starts_with('/') ? path : "./" + path;
     constexpr int kFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
     sqlite3* opened = nullptr;
-    errno = 0;  // which SQLite reports, but does not set with every failure
-    const int result = sqlite3_open_v2(plain.c_str(), &opened, kFlags, nullptr);
+    errno = 0;
+    const int result = sqlite3_open_v2(plainName(path).c_str(), &opened, kFlags, nullptr);
     database_.reset(opened);
     check(result);
     sqlite3_busy_timeout(opened, kBusyTimeoutMilliseconds);
   }
 
   void execute(const char* sql) {
+    errno = 0;
     check(sqlite3_exec(database_.get(), sql, nullptr, nullptr, nullptr));
   }
 
@@ -151,6 +172,7 @@ class Connection {
 
   // True while there is a row.
   bool step(const Statement& statement) {
+    errno = 0;
     const int result = sqlite3_step(statement.get());
     if (result != SQLITE_ROW && result != SQLITE_DONE) check(result);
     return result == SQLITE_ROW;
@@ -168,6 +190,17 @@ class Connection {
 
 bool isEmpty(Connection& connection) {
   return !connection.step(connection.prepare("SELECT 1 FROM sqlite_schema"));
+}
+
+// Part of a store that was cut off or overwritten can read like a store without those settings, and
+// the next change would be made to that. A store has few pages; looking at all of them is cheap.
+void checkIntact(Connection& connection) {
+  const Statement answer = connection.prepare("PRAGMA quick_check(1)");
+  const bool told = connection.step(answer);
+  const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(answer.get(), 0));
+  if (!told || text == nullptr || std::string_view(text) != "ok") {
+    throw TuningError(TN_STORE_DAMAGED);
+  }
 }
 
 int32_t idColumn(const Statement& row) {
@@ -192,15 +225,18 @@ std::map<int32_t, std::string> SqliteStore::readAll() {
   std::map<int32_t, std::string> values;
   if (!holdsStore(path_)) return values;
 
+  checkPath(path_);
   Connection connection(path_, Purpose::read);
   connection.execute("BEGIN");
   if (isEmpty(connection)) return values;  // its first change was cut off, and is undone now
+  checkIntact(connection);
   const Statement rows = connection.prepare("SELECT id, value FROM setting");
   while (connection.step(rows)) values.emplace(idColumn(rows), valueColumn(rows));
   return values;
 }
 
 void SqliteStore::write(int32_t settingId, const std::string& value) {
+  checkPath(path_);
   if (!holdsStore(path_)) createFile(path_);
 
   Connection connection(path_, Purpose::write);

@@ -14,6 +14,8 @@ TnStatus failure(int error, TnStatus noRight) {
     case ENOENT:
     case ENOTDIR:
       return TN_STORE_NO_FOLDER;
+    case ENAMETOOLONG:
+      return TN_STORE_PATH_UNUSABLE;
     case EISDIR:
       return TN_STORE_NOT_A_FILE;
     case ENOSPC:
