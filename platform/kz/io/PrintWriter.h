@@ -16,8 +16,7 @@ class PrintWriter : public Object {
   // The text and a line feed.
   void println(String const& text) {
     static const String lineEnd("\n");
-    print(text);
-    print(lineEnd);
+    print(text + lineEnd);
     if (autoFlush_) flush();
   }
   void flush() { writer_->flush(); }
