@@ -13,9 +13,9 @@ namespace {
 
 constexpr long kBufferSize = 2048;
 constexpr wchar_t kLineBlanks[] = L" \t\r\n";
-// No setting can hold a value of so many words. More are not kept, so that a file of anything at
-// all does not fill the memory.
-constexpr int kTooManyWords = 100000;
+// No setting can hold a value of so many words, and one that takes the first word alone needs no
+// more: so a file of anything at all does not fill the memory.
+constexpr int kMostWords = 100000;
 
 }  // namespace
 
@@ -73,7 +73,6 @@ void CommandProcessor::applyImportedValue(int id, kz::String valueText) {
     err->println(messages->getResStr(key, failure.getDescription().getBytes().c_str(), id));
   };
   try {
-    if (values->size() == kTooManyWords) configHelper->refuseTooLongValue();
     setValue(id, values.get(), false);
   } catch (SvcException const& failure) {
     report("ERR_STG_VALUE", failure);
@@ -99,7 +98,7 @@ CommandProcessor::StringList* CommandProcessor::getIDValues(kz::String text) {
   logger->finest("Inside getIDValues() for string line: " + text);
   auto values = std::make_unique<StringList>();
   kz::util::StringTokenizer words(text, L" ");
-  while (words.hasMoreTokens() && values->size() < kTooManyWords) {
+  while (words.hasMoreTokens() && values->size() < kMostWords) {
     values->add(new kz::String(words.nextToken()));
   }
   return values.release();

@@ -269,12 +269,10 @@ kz::String SvcConfigHelper::getSettingHelp(int settingId) {
 
 void SvcConfigHelper::setStringValue(int settingId, kz::String value, int which) {
   const TextArgument<TN_TEXT_SIZE> text(value);
-  if (!text.fits()) refuseTooLongValue();
+  if (!text.fits()) fail(TN_VALUE_TOO_LONG);
   if (text.holdsNul()) fail(TN_CONTROL_CHARACTER);
   check(TnSetStringValue(handle, settingId, text.get(), selector(which)));
 }
-
-void SvcConfigHelper::refuseTooLongValue() { fail(TN_VALUE_TOO_LONG); }
 
 void SvcConfigHelper::setLongValue(int settingId, std::int64_t value, int which) {
   check(TnSetLongValue(handle, settingId, value, selector(which)));

@@ -65,8 +65,6 @@ class SvcConfigHelper : public kz::Object {
   // The engine judges the values. A text that the interface could not carry, over 1,023 bytes or
   // with a NUL in it, is refused before the call.
   void setStringValue(int settingId, kz::String value, int which);
-  // Throws what setStringValue throws for a text over that size.
-  [[noreturn]] void refuseTooLongValue();
   void setLongValue(int settingId, std::int64_t value, int which);
   void setBooleanValue(int settingId, bool value, int which);
   void setSelectionValue(int settingId, int count, int* items, int which);

@@ -241,6 +241,7 @@ TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
       {wrong + good, wrongSaid, true},
       {wrong + good, wrongSaid, true, {"-E"}},
       {std::string(5000000, 'x') + "\n" + good, "", true},
+      {setting("25", " 5" + replaced(std::string(100001, 'x'), "x", " x")), "", true},
       {setting("74", std::string(5000000, 'x')) + good, refused("74", std::string(1024, 'x')),
        true},
   };
