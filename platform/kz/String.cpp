@@ -112,8 +112,6 @@ int String::indexOf(String const& text, int start, bool ignoreCase) const {
   return -1;
 }
 
-String String::substring(int start) const { return characters().substr(clamp(start)); }
-
 std::wstring& String::own() {
   if (!text_) {
     text_ = Reference<Text>(new Text({}));

@@ -58,7 +58,6 @@ class String : public Object {
   bool regionMatches(int start, String const& other, bool ignoreCase) const;
   // The first index from `start` on where `text` stands, or -1. An empty text stands everywhere.
   int indexOf(String const& text, int start, bool ignoreCase) const;
-  String substring(int start) const;
 
   static String valueOf(int number) { return std::to_string(number); }
   static String valueOf(long number) { return std::to_string(number); }

@@ -4,18 +4,15 @@
 
 namespace kz::util {
 
-StringTokenizer::StringTokenizer(String const& text, wchar_t const* delimiters,
-                                 bool returnDelimiters)
-    : text_(text), delimiters_(delimiters), returnDelimiters_(returnDelimiters) {
+StringTokenizer::StringTokenizer(String const& text, wchar_t const* delimiters)
+    : text_(text), delimiters_(delimiters) {
   skipDelimiters();
 }
 
 String StringTokenizer::nextToken() {
   const std::wstring& text = text_.characters();
   const std::size_t start = position_;
-  const std::size_t end = std::min(text.find_first_of(delimiters_, start), text.size());
-  // Only a returned delimiter stands where a token begins.
-  position_ = end == start ? std::min(start + 1, text.size()) : end;
+  position_ = std::min(text.find_first_of(delimiters_, start), text.size());
   const std::size_t length = position_ - start;
   skipDelimiters();
   return text.substr(start, length);
@@ -29,7 +26,6 @@ int StringTokenizer::countTokens() const {
 }
 
 void StringTokenizer::skipDelimiters() noexcept {
-  if (returnDelimiters_) return;
   position_ = std::min(text_.characters().find_first_not_of(delimiters_, position_),
                        text_.characters().size());
 }

@@ -8,8 +8,7 @@ namespace kz::util {
 
 class StringTokenizer {
  public:
-  // With `returnDelimiters`, each delimiter is a token of its own.
-  StringTokenizer(String const& text, wchar_t const* delimiters, bool returnDelimiters = false);
+  StringTokenizer(String const& text, wchar_t const* delimiters);
 
   bool hasMoreTokens() const noexcept { return position_ < text_.characters().size(); }
   // Empty when there are no more.
@@ -22,7 +21,6 @@ class StringTokenizer {
 
   String text_;
   std::wstring delimiters_;
-  bool returnDelimiters_;
   std::size_t position_ = 0;
 };
 
