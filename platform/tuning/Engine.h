@@ -54,12 +54,14 @@ class Engine {
   Engine() = default;
   Engine(const Engine&) = delete;
   Engine& operator=(const Engine&) = delete;
-  // Closes the connection. What the engine does when it is left (make its changes take effect,
-  // say) happens here; it cannot report a failure.
+  // Closes the connection.
   virtual ~Engine() = default;
 
   // What the library calls. Virtual, and neither overridden nor final: so a call enters the code of
   // the engine's own library, where its exceptions are caught.
+  virtual TnStatus tryLeave() noexcept {
+    return guarded([&] { leave(); });
+  }
   virtual TnStatus tryCategories(std::vector<int32_t>& ids) noexcept {
     return guarded([&] { ids = categories(); });
   }
@@ -118,6 +120,10 @@ class Engine {
   }
 
  protected:
+  // What the engine still has to do when its caller is done: make changes take effect, say. Called
+  // once, before the engine is destroyed; throws what could not be done.
+  virtual void leave() {}
+
   // In display order; at most TN_CATEGORY_CAPACITY, and at most TN_SETTING_CAPACITY settings in
   // each. An engine with more settings than that throws TN_TOO_MANY_SETTINGS: none may be lost.
   virtual std::vector<int32_t> categories() = 0;

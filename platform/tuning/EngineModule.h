@@ -11,7 +11,7 @@
 #include "tuning/Engine.h"
 
 // Raised with every change of Engine.h, TuningError.h or this header that a module can notice.
-inline constexpr int32_t TN_MODULE_INTERFACE = 1;
+inline constexpr int32_t TN_MODULE_INTERFACE = 2;
 
 extern "C" {
 

@@ -26,8 +26,21 @@ Engine& HandleTable::latest() {
   return onlyLocal ? engine(TN_LOCAL_HANDLE) : *engines_.rbegin()->second;
 }
 
-void HandleTable::close(TnHandle handle) noexcept { engines_.erase(handle); }
+TnStatus HandleTable::close(TnHandle handle) noexcept {
+  const auto found = engines_.find(handle);
+  if (found == engines_.end()) return handle == TN_LOCAL_HANDLE ? TN_SUCCESS : TN_INVALID_HANDLE;
+  const TnStatus status = found->second->tryLeave();
+  engines_.erase(found);
+  return status;
+}
 
-void HandleTable::closeAll() noexcept { engines_.clear(); }
+TnStatus HandleTable::closeAll() noexcept {
+  TnStatus first = TN_SUCCESS;
+  while (!engines_.empty()) {
+    const TnStatus status = close(engines_.begin()->first);
+    if (first == TN_SUCCESS) first = status;
+  }
+  return first;
+}
 
 }  // namespace tn

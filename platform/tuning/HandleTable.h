@@ -23,9 +23,11 @@ class HandleTable {
   // The engine that was added last and is still open, the local engine when there is none.
   Engine& latest();
 
-  // Closes the engine; does nothing for a handle that is not open.
-  void close(TnHandle handle) noexcept;
-  void closeAll() noexcept;
+  // Leaves the engine and closes it; the status is what leaving gave. TN_INVALID_HANDLE for one
+  // that is not open, but success for a local engine that was never used.
+  TnStatus close(TnHandle handle) noexcept;
+  // The first status that is not success.
+  TnStatus closeAll() noexcept;
 
  private:
   std::map<TnHandle, std::unique_ptr<Engine>> engines_;

@@ -99,10 +99,10 @@ using namespace tn;  // NOLINT(google-build-using-namespace): the functions belo
 
 static_assert(std::is_same_v<int, int32_t>, "ids travel in arrays of int");
 
-void TnStart(int /*reserved*/) {}
+int TnStart(int /*reserved*/) { return TN_SUCCESS; }
 
-void TnStop(int /*reserved*/) {
-  guarded([] { handles().closeAll(); });
+int TnStop(int /*reserved*/) {
+  return guarded([] { check(handles().closeAll()); });
 }
 
 TnStatus TnConnectServer(const char* server, const char* user, const char* password,
@@ -118,8 +118,8 @@ TnStatus TnConnectServer(const char* server, const char* user, const char* passw
   });
 }
 
-void TnDisconnect(TnHandle handle) {
-  guarded([&] { handles().close(handle); });
+TnStatus TnDisconnect(TnHandle handle) {
+  return guarded([&] { check(handles().close(handle)); });
 }
 
 TnStatus TnGetCategoryListCount(TnHandle handle, int* count) {

@@ -1,21 +1,8 @@
-// Giving a setting a new value, and the two fixed rules about single settings.
-#include <algorithm>
+// Giving a setting a new value.
 #include <memory>
 
 #include "commands/CommandProcessor.h"
 #include "util/Utils.h"
-
-namespace {
-
-constexpr int kRestartSettings[] = {
-    26,  27,  44,  45,  48,  49,  57,  58,  61,  62,  64,  65,  66,  67,  68,  69,  73,  74,
-    85,  86,  87,  99,  100, 103, 110, 111, 112, 114, 115, 117, 118, 120, 121, 122, 123, 124,
-    125, 126, 127, 130, 132, 133, 134, 136, 137, 138, 140, 144, 145, 146, 147, 148, 149, 168,
-    169, 170, 171, 172, 173, 174, 175, 177, 178, 179, 183, 201, 203, 204, 205, 210, 300, 301};
-
-constexpr int kEmptyValueSetting = 74;
-
-}  // namespace
 
 void CommandProcessor::setValue(int id, StringList* values, bool json) {
   logger->finer("Inside setValue() for ID: " + kz::String::valueOf(id));
@@ -56,9 +43,6 @@ bool CommandProcessor::getBooleanFromStr(int id, kz::String text) {
   throw SvcException(messages->getResStr("INVALID_SETTING_VALUE"), SvcException::NOT_A_BOOLEAN);
 }
 
-bool CommandProcessor::requiresRestart(int id) {
-  return std::find(std::begin(kRestartSettings), std::end(kRestartSettings), id) !=
-         std::end(kRestartSettings);
-}
+bool CommandProcessor::requiresRestart(int id) { return SettingInfo::announcesRestart(id); }
 
-bool CommandProcessor::setttingSupportsEmptyValue(int id) { return id == kEmptyValueSetting; }
+bool CommandProcessor::setttingSupportsEmptyValue(int id) { return SettingInfo::mayBeEmpty(id); }

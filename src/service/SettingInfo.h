@@ -2,6 +2,9 @@
 #ifndef KNOB_SERVICE_SETTING_INFO_H
 #define KNOB_SERVICE_SETTING_INFO_H
 
+#include <algorithm>
+#include <iterator>
+
 #include "kz/String.h"
 #include "service/TuningInterface.h"
 
@@ -13,6 +16,13 @@ class SettingInfo : public kz::Object {
   static constexpr int STRING = TN_TYPE_STRING;
   static constexpr int SINGLE_SELECTION = TN_TYPE_SINGLE_SELECTION;
   static constexpr int MULTIPLE_SELECTION = TN_TYPE_MULTIPLE_SELECTION;
+
+  // The program announces a restart after a change of the setting.
+  static bool announcesRestart(int settingId) {
+    const auto* const end = std::end(TN_RESTART_SETTINGS);
+    return std::find(std::begin(TN_RESTART_SETTINGS), end, settingId) != end;
+  }
+  static bool mayBeEmpty(int settingId) { return settingId == TN_EMPTY_VALUE_SETTING; }
 
   SettingInfo(int settingId, int valueType, kz::String settingName, int settingExtraInfo,
               int clientServerFlag, bool isAvailable)

@@ -5,7 +5,7 @@
  *
  * Conventions
  * - Text is 8-bit and NUL-terminated in both directions.
- * - Every operation but TnStart, TnStop, TnDisconnect and TnIsSettingAvailable gives a TnStatus:
+ * - Every operation but TnStart, TnStop and TnIsSettingAvailable gives a TnStatus:
  *   TN_SUCCESS or one of the codes below. After a failure the out-arguments hold nothing of use,
  *   except the size that TN_BUFFER_TOO_SMALL reports.
  * - An in/out count or size holds the capacity of the caller's array before the call and what was
@@ -133,6 +133,17 @@ enum {
   TN_SERVER_CANNOT_WRITE = 7419
 };
 
+/* The settings for which the program announces a restart after a change, in ascending order: an
+   engine gives these ids to the settings that take effect only when it is started again. */
+static const int32_t TN_RESTART_SETTINGS[] = {
+    26,  27,  44,  45,  48,  49,  57,  58,  61,  62,  64,  65,  66,  67,  68,  69,  73,  74,
+    85,  86,  87,  99,  100, 103, 110, 111, 112, 114, 115, 117, 118, 120, 121, 122, 123, 124,
+    125, 126, 127, 130, 132, 133, 134, 136, 137, 138, 140, 144, 145, 146, 147, 148, 149, 168,
+    169, 170, 171, 172, 173, 174, 175, 177, 178, 179, 183, 201, 203, 204, 205, 210, 300, 301};
+
+/* The one setting whose value the program lets be empty. */
+enum { TN_EMPTY_VALUE_SETTING = 74 };
+
 typedef struct TnCategoryRecord {
   char name[TN_NAME_SIZE];
   int32_t extraInfo; /* how many of the category's settings differ from their default */
@@ -165,15 +176,18 @@ TN_STATIC_ASSERT(offsetof(TnSettingRecord, clientServer) == 264, "record layout"
 #pragma GCC visibility push(default)
 #endif
 
-/* TnStart comes before everything else, TnStop after it: it closes what is still open. */
-void TnStart(int reserved);
-void TnStop(int reserved);
+/* TnStart comes before everything else, TnStop after it: it disconnects what is still connected.
+   0, or the first status that disconnecting gave. */
+int TnStart(int reserved);
+int TnStop(int reserved);
 
 /* Opens the engine that the server name stands for. No argument may be null; user and password may
    be empty. On success the handle is the caller's to pass to TnDisconnect. */
 TnStatus TnConnectServer(const char* server, const char* user, const char* password,
                          TnHandle* handle);
-void TnDisconnect(TnHandle handle);
+/* Closes the connection, also when it fails: the status then tells what the engine could not do on
+   being left. */
+TnStatus TnDisconnect(TnHandle handle);
 
 TnStatus TnGetCategoryListCount(TnHandle handle, int* count);
 TnStatus TnGetCategoryList(TnHandle handle, int* count, int* categoryIds);

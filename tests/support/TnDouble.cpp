@@ -103,9 +103,9 @@ std::vector<std::string> TnDouble::callsOf(std::string const& beginning) const {
   return found;
 }
 
-void TnStart(int reserved) { called("TnStart", reserved); }
-void TnStop(int reserved) { called("TnStop", reserved); }
-void TnDisconnect(TnHandle handle) { called("TnDisconnect", handle); }
+int TnStart(int reserved) { return called("TnStart", reserved).status; }
+int TnStop(int reserved) { return called("TnStop", reserved).status; }
+TnStatus TnDisconnect(TnHandle handle) { return called("TnDisconnect", handle).status; }
 
 TnStatus TnConnectServer(const char* server, const char* user, const char* password,
                          TnHandle* handle) {

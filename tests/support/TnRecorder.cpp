@@ -32,13 +32,13 @@ Result passOn(char const* name, Result (*)(Arguments...), Arguments... arguments
 
 extern "C" {
 
-void TnStart(int reserved) { passOn("TnStart", TnStart, reserved); }
-void TnStop(int reserved) { passOn("TnStop", TnStop, reserved); }
+int TnStart(int reserved) { return passOn("TnStart", TnStart, reserved); }
+int TnStop(int reserved) { return passOn("TnStop", TnStop, reserved); }
 TnStatus TnConnectServer(char const* server, char const* user, char const* password,
                          TnHandle* handle) {
   return passOn("TnConnectServer", TnConnectServer, server, user, password, handle);
 }
-void TnDisconnect(TnHandle handle) { passOn("TnDisconnect", TnDisconnect, handle); }
+TnStatus TnDisconnect(TnHandle handle) { return passOn("TnDisconnect", TnDisconnect, handle); }
 TnStatus TnGetSettingInfo(TnHandle handle, int id, TnSettingRecord* record) {
   return passOn("TnGetSettingInfo", TnGetSettingInfo, handle, id, record);
 }

@@ -97,9 +97,10 @@ TEST_F(TuningLibrary, RefusesWhatACallerMustNotPass) {
   const int one = idOfType<TN_TYPE_SINGLE_SELECTION>();
   const TnHandle h = handle;
   const TnHandle closed = connect("");
-  TnDisconnect(closed);
+  EXPECT_EQ(TN_SUCCESS, TnDisconnect(closed));
   EXPECT_NE(closed, connect("")) << "a handle was given out twice";
-  TnDisconnect(-7);
+  EXPECT_EQ(TN_INVALID_HANDLE, TnDisconnect(closed));
+  EXPECT_EQ(TN_INVALID_HANDLE, TnDisconnect(-7));
 
   int n = 30;
   int negative = -1;

@@ -4,6 +4,8 @@
 #include <array>
 #include <iterator>
 
+#include "service/TuningInterface.h"
+
 namespace tn::postgresql {
 namespace {
 
@@ -25,13 +27,6 @@ constexpr std::string_view kCategoryNames[] = {
     "Preset Options",
     "Developer Options",
     "Customized Options",
-};
-
-constexpr int32_t kRestartIds[] = {
-    26,  27,  44,  45,  48,  49,  57,  58,  61,  62,  64,  65,  66,  67,  68,  69,  73,  74,
-    85,  86,  87,  99,  100, 103, 110, 111, 112, 114, 115, 117, 118, 120, 121, 122, 123, 124,
-    125, 126, 127, 130, 132, 133, 134, 136, 137, 138, 140, 144, 145, 146, 147, 148, 149, 168,
-    169, 170, 171, 172, 173, 174, 175, 177, 178, 179, 183, 201, 203, 204, 205, 210, 300, 301,
 };
 
 // Written by category for people, searched by name.
@@ -490,7 +485,7 @@ const KnownSetting* KnownSettings::find(std::string_view name) {
 std::span<const KnownSetting> KnownSettings::all() { return kTable; }
 
 bool KnownSettings::announcesRestart(int32_t id) {
-  return std::binary_search(std::begin(kRestartIds), std::end(kRestartIds), id);
+  return std::binary_search(std::begin(TN_RESTART_SETTINGS), std::end(TN_RESTART_SETTINGS), id);
 }
 
 std::string_view KnownSettings::categoryName(Category category) {

@@ -53,14 +53,8 @@ bool isReadOnly(const Setting& setting) {
 PostgresEngine::PostgresEngine(const char* server, const char* user, const char* password)
     : connection_(server, user, password), snapshot_(connection_) {}
 
-PostgresEngine::~PostgresEngine() {
-  if (!changed_) return;
-  try {
-    takeEffect();
-  } catch (...) {
-    // Nobody is left to be told. What was written is stored and takes effect at the server's next
-    // reload or start.
-  }
+void PostgresEngine::leave() {
+  if (changed_) takeEffect();
 }
 
 std::vector<int32_t> PostgresEngine::categories() {

@@ -22,9 +22,10 @@ namespace tn::postgresql {
 class PostgresEngine final : public Engine {
  public:
   PostgresEngine(const char* server, const char* user, const char* password);
-  ~PostgresEngine() override;
 
  protected:
+  void leave() override;
+
   std::vector<int32_t> categories() override;
   CategoryInfo category(int32_t categoryId) override;
   std::vector<int32_t> settings(int32_t categoryId) override;
