@@ -67,18 +67,21 @@ class TuningLibrary : public testing::Test {
     EXPECT_EQ(TN_SUCCESS, TnConnectServer(server.c_str(), "", "", &opened)) << server;
     return opened;
   }
-  // Reads and writes see what the file holds now, not what an earlier read of `handle` saw.
-  TnStatus readNow(int32_t* value, int id = kInteger) const {
-    const TnHandle fresh = connect("file:" + store);
-    const TnStatus status = TnGetLongValue(fresh, id, value, TN_CURRENT_VALUE);
-    TnDisconnect(fresh);
+  // Calls on a connection of their own, which sees what the file holds now; the status is that of
+  // connecting if this fails.
+  TnStatus onFresh(const std::function<TnStatus(TnHandle)>& call) const {
+    TnHandle fresh = TN_NO_HANDLE;
+    TnStatus status = TnConnectServer(("file:" + store).c_str(), "", "", &fresh);
+    if (status != TN_SUCCESS) return status;
+    status = call(fresh);
+    EXPECT_EQ(TN_SUCCESS, TnDisconnect(fresh));
     return status;
   }
+  TnStatus readNow(int32_t* value, int id = kInteger) const {
+    return onFresh([=](TnHandle h) { return TnGetLongValue(h, id, value, TN_CURRENT_VALUE); });
+  }
   TnStatus writeNow(int64_t value, int id = kInteger) const {
-    const TnHandle fresh = connect("file:" + store);
-    const TnStatus status = TnSetLongValue(fresh, id, value, TN_CURRENT_VALUE);
-    TnDisconnect(fresh);
-    return status;
+    return onFresh([=](TnHandle h) { return TnSetLongValue(h, id, value, TN_CURRENT_VALUE); });
   }
   int32_t valueNow(int id = kInteger) const {
     int32_t value = INT32_MIN;
