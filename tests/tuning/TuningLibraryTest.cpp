@@ -59,7 +59,9 @@ void runSql(const std::string& file, const std::string& sql) {
 
 class TuningLibrary : public testing::Test {
  protected:
-  TuningLibrary() : handle(connect("file:" + store)) {}
+  TuningLibrary() : handle(connect("file:" + store)) {
+    setenv("XDG_STATE_HOME", (folder / "state").c_str(), 1);
+  }
   ~TuningLibrary() override { TnStop(0); }
 
   static TnHandle connect(const std::string& server) {
@@ -131,6 +133,7 @@ TEST_F(TuningLibrary, RefusesWhatACallerMustNotPass) {
       {"value of none", TN_UNKNOWN_SETTING, TnGetLongValue(h, kNoSetting, &value, 2)},
       {"selector 0", TN_INVALID_SELECTOR, TnGetLongValue(h, kInteger, &value, 0)},
       {"new default", TN_DEFAULT_NOT_WRITABLE, TnSetLongValue(h, kInteger, 5, 1)},
+      {"new default items", TN_DEFAULT_NOT_WRITABLE, TnSetSelectionValue(h, one, 1, &value, 1)},
       {"unavailable, read", TN_SETTING_UNAVAILABLE, TnGetLongValue(h, off, &value, 1)},
       {"integer for text", TN_WRONG_VALUE_TYPE, TnSetLongValue(h, kMayBeEmpty, 5, 2)},
       {"item -1", TN_UNKNOWN_ITEM, TnGetSelectionString(h, one, -1, &n, text)},
@@ -305,6 +308,12 @@ TEST_F(TuningLibrary, LeavesAStoreThatItCannotUseAsItIs) {
       {TN_STORE_DAMAGED, file(good.substr(0, good.size() - 20))},
       {TN_STORE_DAMAGED, file(good.substr(0, 4097))},
       {TN_STORE_DAMAGED, sql("ALTER TABLE setting RENAME TO x")},
+      {TN_STORE_DAMAGED, sql("CREATE TABLE other (x)")},
+      {TN_STORE_DAMAGED, sql("CREATE TRIGGER t BEFORE UPDATE ON setting"
+                             " BEGIN SELECT RAISE(IGNORE); END")},
+      {TN_STORE_DAMAGED, sql("DROP TABLE setting; CREATE VIEW setting (id, value) AS WITH RECURSIVE"
+                             " n(i) AS (SELECT 1 UNION ALL SELECT i FROM n) SELECT i, '' FROM n")},
+      {TN_STORE_DAMAGED, sql("DROP TABLE setting; CREATE TABLE setting (id, value)")},
       {TN_STORE_DAMAGED, sql("INSERT INTO setting VALUES (1 << 40, '')")},
       {TN_SUCCESS, sql("INSERT INTO setting VALUES (9999, 'of a later release')")},
       {TN_SUCCESS, file("")},
@@ -318,6 +327,7 @@ TEST_F(TuningLibrary, LeavesAStoreThatItCannotUseAsItIs) {
     const bool readable = fs::is_regular_file(store, unknown);
     const std::string before = readable ? readFile(store) : "";
     int32_t value = 0;
+    EXPECT_EQ(expected, onFresh([](TnHandle) -> TnStatus { return TN_SUCCESS; }));
     EXPECT_EQ(expected, readNow(&value));
     EXPECT_EQ(expected, writeNow(6));
     EXPECT_TRUE(expected != TN_SUCCESS || valueNow() == 6);
