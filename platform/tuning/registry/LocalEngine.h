@@ -2,9 +2,9 @@
 // which values a setting takes; the catalogue only says what they must be like, the store only
 // keeps them.
 //
-// Values are read from the store all at once, and once more before and after each change. A kept
-// value that the catalogue does not allow can only come from a store that was tampered with:
-// reading it throws TN_STORE_DAMAGED, setting the setting anew repairs it.
+// Values are read from the store all at once, before each change, and when one is asked for after a
+// change. A kept value that the catalogue does not allow can only come from a store that was
+// tampered with: reading it throws TN_STORE_DAMAGED, setting the setting anew repairs it.
 #ifndef KNOB_TUNING_REGISTRY_LOCAL_ENGINE_H
 #define KNOB_TUNING_REGISTRY_LOCAL_ENGINE_H
 
