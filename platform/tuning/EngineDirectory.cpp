@@ -3,12 +3,12 @@
 #include <cerrno>
 #include <dlfcn.h>
 #include <string_view>
-#include <strings.h>
 #include <unistd.h>
+#include <utility>
 
+#include "tuning/Characters.h"
 #include "tuning/EngineModule.h"
 #include "tuning/TuningError.h"
-#include "tuning/registry/DefaultStore.h"
 #include "tuning/registry/LocalEngine.h"
 #include "tuning/registry/SqliteStore.h"
 
@@ -24,26 +24,27 @@ struct ServerForm {
 
 bool isThisMachine(const std::string& server) {
   char hostName[1025] = {};
-  return server.empty() || strcasecmp(server.c_str(), "localhost") == 0 ||
-         (gethostname(hostName, sizeof hostName - 1) == 0 &&
-          strcasecmp(server.c_str(), hostName) == 0);
+  return server.empty() || isSameIgnoringCase(server, "localhost") ||
+         (gethostname(hostName, sizeof hostName - 1) == 0 && isSameIgnoringCase(server, hostName));
 }
 
-void refuseUsers(const Login& login) {
+std::unique_ptr<Engine> connectLocal(const Login& login,
+                                     std::unique_ptr<registry::SqliteStore> store) {
   if (!login.user.empty() || !login.password.empty()) {
     throw TuningError(TN_LOCAL_ENGINE_HAS_NO_USERS);
   }
+  auto engine = std::make_unique<registry::LocalEngine>(std::move(store));
+  engine->connect();
+  return engine;
 }
 
 std::unique_ptr<Engine> openDefaultStore(const Login& login) {
-  refuseUsers(login);
-  return EngineDirectory::openLocal();
+  return connectLocal(login, std::make_unique<registry::SqliteStore>());
 }
 
 std::unique_ptr<Engine> openStoreFile(const Login& login) {
-  refuseUsers(login);
-  return std::make_unique<registry::LocalEngine>(
-      std::make_unique<registry::SqliteStore>(login.server.substr(kFilePrefix.size())));
+  return connectLocal(
+      login, std::make_unique<registry::SqliteStore>(login.server.substr(kFilePrefix.size())));
 }
 
 // The folder as the dynamic linker found it, so that a tree can be moved as a whole.
@@ -106,7 +107,7 @@ std::unique_ptr<Engine> EngineDirectory::open(const Login& login) {
 }
 
 std::unique_ptr<Engine> EngineDirectory::openLocal() {
-  return std::make_unique<registry::LocalEngine>(std::make_unique<registry::DefaultStore>());
+  return std::make_unique<registry::LocalEngine>(std::make_unique<registry::SqliteStore>());
 }
 
 }  // namespace tn

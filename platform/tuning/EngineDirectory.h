@@ -26,12 +26,13 @@ struct Login {
 
 class EngineDirectory {
  public:
+  // The local engine has read its store by then; one that does not exist is empty.
   // Throws TuningError: TN_UNKNOWN_SERVER_FORM for a name of no known form,
   // TN_LOCAL_ENGINE_HAS_NO_USERS for a user name or password that the local engine cannot check,
   // TN_MODULE_NOT_INSTALLED or TN_MODULE_UNUSABLE, or what the engine itself has to say.
   static std::unique_ptr<Engine> open(const Login& login);
 
-  // The local engine on the default store. It touches no file before its first value is used.
+  // The local engine on the default store, which it does not read before its first value is used.
   static std::unique_ptr<Engine> openLocal();
 };
 

@@ -110,6 +110,7 @@ enum {
   TN_STORE_FULL = 7310,
   TN_STORE_IO_ERROR = 7311,
   TN_STORE_PATH_UNUSABLE = 7312,
+  TN_STORE_UNSYNCED = 7313, /* the change is made, but may not last */
 
   /* A database server reached over a network or a socket. */
   TN_SERVER_ADDRESS_INVALID = 7401,

@@ -124,6 +124,15 @@ TEST_F(SettingsFile, CarriesEveryValue) {
   }
 }
 
+TEST_F(SettingsFile, StaysWhenTheStoreCannotBeRead) {
+  writeFile(home / "bad.db", "no store");
+  writeFile(home / "out", "good");
+  const Outcome failed = run({"-O", home / "out", "-F", "-S", "file:" + (home / "bad.db")});
+  EXPECT_EQ(1, failed.status);
+  EXPECT_TRUE(failed.err.starts_with("7307: ")) << failed.err;
+  EXPECT_EQ("good", readFile(home / "out"));
+}
+
 TEST_F(SettingsFile, IsNotReplacedWithoutAYes) {
   const struct {
     std::string answer;

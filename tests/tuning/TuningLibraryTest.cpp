@@ -59,7 +59,9 @@ void runSql(const std::string& file, const std::string& sql) {
 
 class TuningLibrary : public testing::Test {
  protected:
-  TuningLibrary() : handle(connect("file:" + store)) {}
+  TuningLibrary() : handle(connect("file:" + store)) {
+    setenv("XDG_STATE_HOME", (folder / "state").c_str(), 1);
+  }
   ~TuningLibrary() override { TnStop(0); }
 
   static TnHandle connect(const std::string& server) {
@@ -67,18 +69,21 @@ class TuningLibrary : public testing::Test {
     EXPECT_EQ(TN_SUCCESS, TnConnectServer(server.c_str(), "", "", &opened)) << server;
     return opened;
   }
-  // Reads and writes see what the file holds now, not what an earlier read of `handle` saw.
-  TnStatus readNow(int32_t* value, int id = kInteger) const {
-    const TnHandle fresh = connect("file:" + store);
-    const TnStatus status = TnGetLongValue(fresh, id, value, TN_CURRENT_VALUE);
-    TnDisconnect(fresh);
+  // Calls on a connection of their own, which sees what the file holds now; the status is that of
+  // connecting if this fails.
+  TnStatus onFresh(const std::function<TnStatus(TnHandle)>& call) const {
+    TnHandle fresh = TN_NO_HANDLE;
+    TnStatus status = TnConnectServer(("file:" + store).c_str(), "", "", &fresh);
+    if (status != TN_SUCCESS) return status;
+    status = call(fresh);
+    EXPECT_EQ(TN_SUCCESS, TnDisconnect(fresh));
     return status;
   }
+  TnStatus readNow(int32_t* value, int id = kInteger) const {
+    return onFresh([=](TnHandle h) { return TnGetLongValue(h, id, value, TN_CURRENT_VALUE); });
+  }
   TnStatus writeNow(int64_t value, int id = kInteger) const {
-    const TnHandle fresh = connect("file:" + store);
-    const TnStatus status = TnSetLongValue(fresh, id, value, TN_CURRENT_VALUE);
-    TnDisconnect(fresh);
-    return status;
+    return onFresh([=](TnHandle h) { return TnSetLongValue(h, id, value, TN_CURRENT_VALUE); });
   }
   int32_t valueNow(int id = kInteger) const {
     int32_t value = INT32_MIN;
@@ -128,6 +133,7 @@ TEST_F(TuningLibrary, RefusesWhatACallerMustNotPass) {
       {"value of none", TN_UNKNOWN_SETTING, TnGetLongValue(h, kNoSetting, &value, 2)},
       {"selector 0", TN_INVALID_SELECTOR, TnGetLongValue(h, kInteger, &value, 0)},
       {"new default", TN_DEFAULT_NOT_WRITABLE, TnSetLongValue(h, kInteger, 5, 1)},
+      {"new default items", TN_DEFAULT_NOT_WRITABLE, TnSetSelectionValue(h, one, 1, &value, 1)},
       {"unavailable, read", TN_SETTING_UNAVAILABLE, TnGetLongValue(h, off, &value, 1)},
       {"integer for text", TN_WRONG_VALUE_TYPE, TnSetLongValue(h, kMayBeEmpty, 5, 2)},
       {"item -1", TN_UNKNOWN_ITEM, TnGetSelectionString(h, one, -1, &n, text)},
@@ -302,6 +308,12 @@ TEST_F(TuningLibrary, LeavesAStoreThatItCannotUseAsItIs) {
       {TN_STORE_DAMAGED, file(good.substr(0, good.size() - 20))},
       {TN_STORE_DAMAGED, file(good.substr(0, 4097))},
       {TN_STORE_DAMAGED, sql("ALTER TABLE setting RENAME TO x")},
+      {TN_STORE_DAMAGED, sql("CREATE TABLE other (x)")},
+      {TN_STORE_DAMAGED, sql("CREATE TRIGGER t BEFORE UPDATE ON setting"
+                             " BEGIN SELECT RAISE(IGNORE); END")},
+      {TN_STORE_DAMAGED, sql("DROP TABLE setting; CREATE VIEW setting (id, value) AS WITH RECURSIVE"
+                             " n(i) AS (SELECT 1 UNION ALL SELECT i FROM n) SELECT i, '' FROM n")},
+      {TN_STORE_DAMAGED, sql("DROP TABLE setting; CREATE TABLE setting (id, value)")},
       {TN_STORE_DAMAGED, sql("INSERT INTO setting VALUES (1 << 40, '')")},
       {TN_SUCCESS, sql("INSERT INTO setting VALUES (9999, 'of a later release')")},
       {TN_SUCCESS, file("")},
@@ -315,6 +327,7 @@ TEST_F(TuningLibrary, LeavesAStoreThatItCannotUseAsItIs) {
     const bool readable = fs::is_regular_file(store, unknown);
     const std::string before = readable ? readFile(store) : "";
     int32_t value = 0;
+    EXPECT_EQ(expected, onFresh([](TnHandle) -> TnStatus { return TN_SUCCESS; }));
     EXPECT_EQ(expected, readNow(&value));
     EXPECT_EQ(expected, writeNow(6));
     EXPECT_TRUE(expected != TN_SUCCESS || valueNow() == 6);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "tuning/Characters.h"
+
 namespace tn::postgresql {
 namespace {
 
@@ -75,8 +77,7 @@ std::optional<std::vector<Item>> split(std::string_view text) {
 }
 
 std::string inLowerCase(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+  std::ranges::transform(text, text.begin(), lower);
   return text;
 }
 

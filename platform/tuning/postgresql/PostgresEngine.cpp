@@ -7,6 +7,7 @@
 #include <string_view>
 #include <thread>
 
+#include "tuning/Characters.h"
 #include "tuning/TuningError.h"
 #include "tuning/postgresql/AlterSystem.h"
 #include "tuning/postgresql/KnownSettings.h"
@@ -29,9 +30,6 @@ int32_t number(std::string_view text) {
   std::from_chars(text.data(), text.data() + text.size(), value);
   return value;
 }
-
-// The server itself refuses only a line feed, but a settings file loses a carriage return as well.
-bool isControl(char c) { return (static_cast<unsigned char>(c) < ' ' && c != '\t') || c == '\x7f'; }
 
 bool sameValue(const Setting& setting, const std::string& a, const std::string& b) {
   if (a == b) return true;
@@ -146,6 +144,7 @@ void PostgresEngine::setInteger(int32_t settingId, int64_t value) {
 
 void PostgresEngine::setString(int32_t settingId, const std::string& value) {
   Setting& setting = known(settingId, TN_TYPE_STRING);
+  // The server itself refuses only a line feed.
   if (std::any_of(value.begin(), value.end(), isControl)) throw TuningError(TN_CONTROL_CHARACTER);
   if (setting.list == NameList::Kind::none) {
     change(setting, value, {value});

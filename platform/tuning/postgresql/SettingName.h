@@ -4,12 +4,13 @@
 #define KNOB_POSTGRESQL_SETTING_NAME_H
 
 #include <string_view>
-#include <strings.h>
+
+#include "tuning/Characters.h"
 
 namespace tn::postgresql {
 
 inline bool isSameSetting(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && ::strncasecmp(a.data(), b.data(), a.size()) == 0;
+  return isSameIgnoringCase(a, b);
 }
 
 }  // namespace tn::postgresql

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <utility>
 
+#include "tuning/Characters.h"
 #include "tuning/postgresql/KnownSettings.h"
 
 namespace tn::postgresql {
@@ -19,8 +20,7 @@ void addSentence(std::string& text, std::string_view sentence) {
 std::string onOneLine(std::string text) {
   constexpr std::string_view kInstead = "(backslash)";
   std::replace_if(
-      text.begin(), text.end(),
-      [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; }, ' ');
+      text.begin(), text.end(), [](char c) { return isControl(c) || c == '\t'; }, ' ');
   std::size_t found = 0;
   while ((found = text.find('\\', found)) != std::string::npos) text.replace(found, 1, kInstead);
   return text;

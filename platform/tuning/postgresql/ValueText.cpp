@@ -7,6 +7,8 @@
 #include <iterator>
 #include <limits>
 
+#include "tuning/Characters.h"
+
 namespace tn::postgresql {
 namespace {
 
@@ -46,15 +48,8 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(0, text.find_last_not_of(kBlanks) + 1);
 }
 
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
-
-bool sameText(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return lower(x) == lower(y); });
-}
-
 bool beginsWord(std::string_view word, std::string_view beginning) {
-  return sameText(word.substr(0, beginning.size()), beginning);
+  return isSameIgnoringCase(word.substr(0, beginning.size()), beginning);
 }
 
 // A setting's own unit may carry a count: "8kB" are blocks of 8192 bytes.
@@ -151,11 +146,12 @@ std::optional<std::size_t> ValueText::choice(std::string_view text,
                                              const std::vector<std::string>& choices) {
   const auto found =
       std::find_if(choices.begin(), choices.end(),
-                   [text](const std::string& choice) { return sameText(choice, text); });
+                   [text](const std::string& choice) { return isSameIgnoringCase(choice, text); });
   if (found != choices.end()) return static_cast<std::size_t>(found - choices.begin());
   // The other words for on and off are taken wherever these two are choices, but not listed.
   const auto asBoolean = boolean(text);
-  if (!asBoolean || sameText(text, "on") || sameText(text, "off")) return std::nullopt;
+  if (!asBoolean || isSameIgnoringCase(text, "on") || isSameIgnoringCase(text, "off"))
+    return std::nullopt;
   return choice(*asBoolean ? "on" : "off", choices);
 }
 

@@ -43,6 +43,8 @@ const CatalogueSetting& usableSetting(int32_t settingId, TnValueType type) {
 
 LocalEngine::LocalEngine(std::unique_ptr<Store> store) : store_(std::move(store)) {}
 
+void LocalEngine::connect() { values_ = store_->readAll(); }
+
 std::vector<int32_t> LocalEngine::categories() {
   std::vector<int32_t> ids;
   for (const CatalogueCategory& category : Catalogue::categories()) ids.push_back(category.id);
@@ -153,11 +155,11 @@ void LocalEngine::keep(const CatalogueSetting& setting, const std::string& canon
   const TnStatus refused = refusal(setting, canonical);
   if (refused != TN_SUCCESS) throw TuningError(refused);
 
+  values_ = store_->readAll();
+  const auto kept = values_->find(setting.id);
+  if (canonical == (kept == values_->end() ? setting.defaultValue : kept->second)) return;
   values_.reset();
-  const auto kept = values().find(setting.id);
-  if (canonical == (kept == values().end() ? setting.defaultValue : kept->second)) return;
   store_->write(setting.id, canonical);
-  (*values_)[setting.id] = canonical;
 }
 
 }  // namespace tn::registry

@@ -2,8 +2,8 @@
 // which values a setting takes; the catalogue only says what they must be like, the store only
 // keeps them.
 //
-// Values are read from the store when the first one is asked for, all at once, and once more before
-// each change. A kept value that the catalogue does not allow can only come from a store that was
+// Values are read from the store all at once, before each change, and when one is asked for after a
+// change. A kept value that the catalogue does not allow can only come from a store that was
 // tampered with: reading it throws TN_STORE_DAMAGED, setting the setting anew repairs it.
 #ifndef KNOB_TUNING_REGISTRY_LOCAL_ENGINE_H
 #define KNOB_TUNING_REGISTRY_LOCAL_ENGINE_H
@@ -24,6 +24,10 @@ namespace tn::registry {
 class LocalEngine final : public Engine {
  public:
   explicit LocalEngine(std::unique_ptr<Store> store);
+
+  // Reads the values, so that a store that cannot be read is found before anything is asked for.
+  // An engine that is not connected reads them when the first one is asked for.
+  void connect();
 
  protected:
   std::vector<int32_t> categories() override;

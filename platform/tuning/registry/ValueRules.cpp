@@ -6,6 +6,8 @@
 #include <set>
 #include <system_error>
 
+#include "tuning/Characters.h"
+
 namespace tn::registry {
 namespace {
 
@@ -25,12 +27,6 @@ TnStatus refusedInteger(const CatalogueSetting& setting, std::string_view canoni
   const std::optional<int32_t> value = parseInteger(canonical);
   const bool inRange = value && *value >= setting.minimum && *value <= largest(setting);
   return inRange ? TN_SUCCESS : TN_VALUE_OUT_OF_RANGE;
-}
-
-// Those that a line of a settings file cannot carry; a tab it can.
-bool isControl(char character) {
-  const auto byte = static_cast<unsigned char>(character);
-  return (byte < 0x20 && byte != '\t') || byte == 0x7f;
 }
 
 bool isBlank(std::string_view text) { return text.find_first_not_of(" \t") == text.npos; }

@@ -1,4 +1,4 @@
-#include "tuning/registry/DefaultStore.h"
+#include "tuning/registry/DefaultStorePath.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -26,6 +26,7 @@ std::string homeOfPasswordDatabase() {
   while ((error = getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found)) == ERANGE) {
     buffer.resize(buffer.size() * 2);
   }
+  if (error == ENOMEM) throw TuningError(TN_OUT_OF_MEMORY);
   if (error != 0 || found == nullptr || !isAbsolute(found->pw_dir)) {
     throw TuningError(TN_NO_HOME_FOLDER);
   }
@@ -64,20 +65,8 @@ void makeFolder(const std::string& path) {
 
 }  // namespace
 
-SqliteStore& DefaultStore::file() {
-  if (!file_) {
-    folder_ = stateFolder() + "/knob";
-    file_.emplace(folder_ + "/settings.db");
-  }
-  return *file_;
-}
+std::string defaultStorePath() { return stateFolder() + "/knob/settings.db"; }
 
-std::map<int32_t, std::string> DefaultStore::readAll() { return file().readAll(); }
-
-void DefaultStore::write(int32_t settingId, const std::string& value) {
-  SqliteStore& store = file();
-  makeFolder(folder_);
-  store.write(settingId, value);
-}
+void makeFolderOf(const std::string& path) { makeFolder(path.substr(0, path.find_last_of('/'))); }
 
 }  // namespace tn::registry
