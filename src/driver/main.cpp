@@ -5,6 +5,8 @@
 #include <cstring>
 #include <exception>
 #include <new>
+#include <string_view>
+#include <unistd.h>
 
 #include "driver/Driver.h"
 #include "driver/OptionException.h"
@@ -20,6 +22,8 @@ namespace {
 
 constexpr long kBufferSize = 2048;
 constexpr int kUsageFailure = 1;
+constexpr std::string_view kOutOfMemory =
+    "knob: Out of memory. What was done until then stays done.\n";
 
 kz::Reference<kz::io::PrintWriter> makeWriter(kz::Reference<kz::io::OutputStream> stream) {
   const kz::Reference<kz::io::Writer> writer(
@@ -122,10 +126,17 @@ int runReported(int argc, char** argv, bool json) {
   return exitValue;
 }
 
+// To standard error, without the memory that everything else takes.
+void reportOutOfMemory() noexcept {
+  (void)!write(STDERR_FILENO, kOutOfMemory.data(), kOutOfMemory.size());
+}
+
 // The last resort: where even this cannot be written, the exit status has to tell.
 int reportFatal(int status, bool json) noexcept {
   try {
     s_errpw->println(s_msgHelper->getResStr("FATAL_ERROR", status));
+  } catch (std::bad_alloc const&) {
+    reportOutOfMemory();
   } catch (...) {
   }
   try {
@@ -133,6 +144,12 @@ int reportFatal(int status, bool json) noexcept {
   } catch (...) {
   }
   return status;
+}
+
+// An exception could not be thrown, since there is no memory even for it.
+[[noreturn]] void endWithoutException() {
+  reportOutOfMemory();
+  _exit(kz::kStatusOutOfMemory & 0xFF);
 }
 
 // There is nothing yet to look a text up in or to write it with.
@@ -144,6 +161,7 @@ int reportFailedStart(char const* reason) noexcept {
 }  // namespace
 
 int main(int argc, char** argv) {
+  std::set_terminate(endWithoutException);
   kz::io::guardStandardStreams();
   bool json = false;
   try {

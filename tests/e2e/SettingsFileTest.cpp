@@ -148,6 +148,12 @@ TEST_F(SettingsFile, IsNotReplacedWithoutAYes) {
               outcome.out.find("\nThere was no answer in 25 lines; the next line decides.\n") !=
                   std::string::npos);
   }
+  Process endless = knob(home.path(), {});
+  endless.arguments = {
+      "/bin/sh", "-c",
+      "ulimit -v 1000000; '" + endless.arguments[0] + "' -O '" + home / "file" + "' </dev/zero"};
+  EXPECT_EQ(0, endless.run().status);
+  EXPECT_EQ("mine", readFile(home / "file"));
 }
 
 TEST_F(SettingsFile, ArrivesWholeInASlowPipe) {
