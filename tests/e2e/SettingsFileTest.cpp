@@ -206,6 +206,16 @@ TEST_F(SettingsFile, ThatCannotBeWrittenOrReadIsAFailure) {
   }
 }
 
+TEST_F(SettingsFile, DoesNotReplaceTheStoreThatItIsReadFrom) {
+  ASSERT_EQ("", run({"25", "5", "-S", "file:" + (home / "store")}).err);
+  const std::string store = readFile(home / "store");
+  std::filesystem::create_symlink("store", home / "link");
+  const Outcome outcome = run({"-O", home / "link", "-F", "-S", "file:" + (home / "store")});
+  EXPECT_EQ(1, outcome.status);
+  EXPECT_NE(outcome.err.find("/link cannot be created: knob itself has"), std::string::npos);
+  EXPECT_EQ(store, readFile(home / "store"));
+}
+
 TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
   const auto setting = [](std::string const& id, std::string const& value) {
     return kIdTag + id + "\n" + kValueTag + value + "\n";
