@@ -27,10 +27,10 @@ void displayUsage();
 // Opens the JSON object with the program's title, version and copyright.
 void displayJsonHeaderMsg(kz::Reference<MessageHelper>& messages);
 
-// A command line that makes no sense: what is wrong with it, in JSON and in text, and the usage.
-void reportMisuse(kz::String const& jsonDescription, kz::String const& description);
+// One line on standard error, or the "error" member of the JSON object with what ends its line.
+void reportFailure(kz::String const& description, char const* jsonEnd = "\"");
+// A command line that makes no sense: what is wrong with it, and the usage.
+void reportMisuse(kz::String const& description);
 void reportInvalidCommand();
-// The "error" member of the JSON object with what ends its line.
-void printJsonError(kz::String const& description, char const* end);
 
 #endif

@@ -41,14 +41,6 @@ bool hasJsonArgument(int argc, char** argv) {
 // The command's own lines stand between a header and a brace, unless they go into a file.
 bool framesJson() { return s_cmdParser->getOutputType() && !s_cmdParser->isCmdWriteSettings(); }
 
-void reportFailure(kz::String const& description) {
-  if (s_cmdParser->getOutputType()) {
-    printJsonError(description, "\"");
-  } else {
-    s_errpw->println(description);
-  }
-}
-
 void showBanner() {
   if (!s_cmdParser->getOutputType()) {
     s_pw->println(s_msgHelper->getResStr("NAME", JsonHeader::VERSION));
@@ -108,8 +100,7 @@ int runReported(int argc, char** argv, bool json) {
   } catch (OptionException const& failure) {
     exitValue = kUsageFailure;
     if (json) displayJsonHeaderMsg(s_msgHelper);
-    const kz::String description = failure.getDescription();
-    reportMisuse(description, description);
+    reportMisuse(failure.getDescription());
   } catch (NumberFormatException const&) {
     exitValue = kUsageFailure;
     reportInvalidCommand();
