@@ -8,6 +8,7 @@ namespace kz {
 
 inline constexpr int kStatusAccessDenied = static_cast<int>(0x80070005U);
 inline constexpr int kStatusFileNotFound = static_cast<int>(0x80070002U);
+inline constexpr int kStatusFileInUse = static_cast<int>(0x80070020U);
 inline constexpr int kStatusInvalidArgument = static_cast<int>(0x80070057U);
 inline constexpr int kStatusOutOfMemory = static_cast<int>(0x8007000EU);
 inline constexpr int kStatusFailure = static_cast<int>(0x80004005U);

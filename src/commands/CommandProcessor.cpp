@@ -9,12 +9,14 @@ namespace {
 
 constexpr long kBufferSize = 2048;
 constexpr int kEmptyAnswers = 25;
+// Characters of an answer that are read; one that goes on is no yes.
+constexpr int kLongestAnswer = 80;
 
 // Whether the next line of the answer is empty, as it is at the end of the input and when the input
 // cannot be read: the question never fails.
 bool isEmptyAnswer(kz::io::BufferedReader& reader, kz::String& answer) {
   try {
-    reader.readLine(answer);
+    reader.readLine(answer, kLongestAnswer);
   } catch (kz::Exception const&) {
     answer = kz::String();
   }

@@ -60,9 +60,8 @@ void CommandProcessor::printIDDetails(int id, bool json, int mode) {
     return;
   }
   formatter->putHeader(info->name, 0);
-  formatter->putData(messages->getResStr("TAG_ID") + " " + kz::String::valueOf(id), 1);
-  formatter->putData(messages->getResStr("TAG_VALUE") + " " +
-                         getValue(id, info->type, SvcConfigHelper::CURRENT_VALUE),
+  formatter->putData(tagIdText + " " + kz::String::valueOf(id), 1);
+  formatter->putData(tagValueText + " " + getValue(id, info->type, SvcConfigHelper::CURRENT_VALUE),
                      1);
   printSettingOptions(id, info->type);
   const kz::String defaultValue = getValue(id, info->type, SvcConfigHelper::DEFAULT_VALUE);

@@ -1,8 +1,6 @@
 #include "driver/KnobCmdParser.h"
 
 #include <array>
-#include <climits>
-#include <cstring>
 #include <memory>
 
 #include "driver/OptionException.h"
@@ -22,7 +20,7 @@ struct KnobCmdParser::Option {
   bool KnobCmdParser::*flag;
 };
 
-KnobCmdParser::Option const* KnobCmdParser::findOption(kz::String const& argument) {
+KnobCmdParser::Option const* KnobCmdParser::findOption(std::string_view argument) noexcept {
   using P = KnobCmdParser;
   static constexpr Option kOptions[] = {
       {{"-U", "-u", "--USERNAME"}, &P::userName, nullptr},
@@ -37,7 +35,7 @@ KnobCmdParser::Option const* KnobCmdParser::findOption(kz::String const& argumen
       {{"-JSON", "-json", nullptr}, nullptr, &P::outputType}};
   for (Option const& option : kOptions) {
     for (char const* const form : option.forms) {
-      if (form != nullptr && argument.equals(form)) return &option;
+      if (form != nullptr && argument == form) return &option;
     }
   }
   return nullptr;
@@ -48,23 +46,25 @@ KnobCmdParser::KnobCmdParser()
 
 void KnobCmdParser::parseCmdLine(int argc, char** argv) {
   for (int i = 1; i < argc; ++i) {
-    const kz::String argument(argv[i]);
-    Option const* const option = findOption(argument);
+    Option const* const option = findOption(argv[i]);
     if (option == nullptr) {
-      if (argument.charAt(0) == L'-') {
+      if (argv[i][0] == '-') {
         throw OptionException(messages->getResStr("UNKNOWN_OPTION", argv[i]));
       }
-      positionalArguments->add(new kz::String(argument));
+      positionalArguments->add(new kz::String(argv[i]));
     } else if (option->flag != nullptr) {
       this->*option->flag = true;
     } else {
       this->*option->value = getOptionValue(++i, argc, argv);
-      if (option->value == &KnobCmdParser::password)
-        std::memset(argv[i], '*', std::strlen(argv[i]));
     }
   }
   if (positionalArguments->size() > 0) settingId = *positionalArguments->get(0);
   setDefaults();
+}
+
+bool KnobCmdParser::announcesPassword(char const* argument) noexcept {
+  Option const* const option = findOption(argument);
+  return option != nullptr && option->value == &KnobCmdParser::password;
 }
 
 kz::String KnobCmdParser::getOptionValue(int index, int argc, char** argv) {
@@ -90,10 +90,11 @@ KnobCmdParser::StringList* KnobCmdParser::getIDValues() const {
   return values.release();
 }
 
-bool KnobCmdParser::isCommand(bool output, bool input, bool search, int fewest, int most) const {
+bool KnobCmdParser::givesOnly(kz::String KnobCmdParser::*operand, int fewest, int most) const {
+  using P = KnobCmdParser;
+  for (auto const other : {&P::outputFileName, &P::inputFileName, &P::keyword}) {
+    if ((this->*other).isEmpty() == (other == operand)) return false;
+  }
   const int count = positionalArguments->size();
-  return outputFileName.isEmpty() != output && inputFileName.isEmpty() != input &&
-         keyword.isEmpty() != search && count >= fewest && count <= most;
+  return count >= fewest && count <= most;
 }
-
-bool KnobCmdParser::isCmdSetIdValues() const { return isCommand(false, false, false, 2, INT_MAX); }

@@ -3,6 +3,9 @@
 #ifndef KNOB_DRIVER_KNOB_CMD_PARSER_H
 #define KNOB_DRIVER_KNOB_CMD_PARSER_H
 
+#include <climits>
+#include <string_view>
+
 #include "kz/String.h"
 #include "kz/collections/List.h"
 #include "output/MessageHelper.h"
@@ -14,9 +17,10 @@ class KnobCmdParser : public kz::Object {
   KnobCmdParser();
 
   // Throws OptionException for an unknown option and for an option without its value; fields parsed
-  // before keep their values. A password is wiped from the arguments, so that a listing of the
-  // system's processes does not show it.
+  // before keep their values.
   void parseCmdLine(int argc, char** argv);
+  // Whether what follows this argument is meant as a password.
+  static bool announcesPassword(char const* argument) noexcept;
   // The argument at the index as the value of the option before it. Throws OptionException when it
   // is missing or begins with "-".
   kz::String getOptionValue(int index, int argc, char** argv);
@@ -41,17 +45,18 @@ class KnobCmdParser : public kz::Object {
   StringList* getIDValues() const;
 
   // At most one is true.
-  bool isCmdWriteSettings() const { return isCommand(true, false, false, 0, 0); }
-  bool isCmdReadSettings() const { return isCommand(false, true, false, 0, 0); }
-  bool isCmdSearchKeyword() const { return isCommand(false, false, true, 0, 0); }
-  bool isCmdGetIdDetail() const { return isCommand(false, false, false, 1, 1); }
-  bool isCmdSetIdValues() const;
+  bool isCmdWriteSettings() const { return givesOnly(&KnobCmdParser::outputFileName, 0, 0); }
+  bool isCmdReadSettings() const { return givesOnly(&KnobCmdParser::inputFileName, 0, 0); }
+  bool isCmdSearchKeyword() const { return givesOnly(&KnobCmdParser::keyword, 0, 0); }
+  bool isCmdGetIdDetail() const { return givesOnly(nullptr, 1, 1); }
+  bool isCmdSetIdValues() const { return givesOnly(nullptr, 2, INT_MAX); }
 
  private:
   struct Option;
-  static Option const* findOption(kz::String const& argument);
-  // Whether exactly these are given, with a number of positional arguments in the range.
-  bool isCommand(bool output, bool input, bool search, int fewest, int most) const;
+  static Option const* findOption(std::string_view argument) noexcept;
+  // Whether this is given and no other of the options that stand for a command (null: none of
+  // them), with a number of positional arguments in the range.
+  bool givesOnly(kz::String KnobCmdParser::*operand, int fewest, int most) const;
 
   kz::String userName;
   kz::String password;

@@ -1,52 +1,29 @@
 // The program's spine: builds the process-wide objects, decides between text and JSON, connects,
-// dispatches the one command, and is the only place that reports a failure and makes it the exit
-// status.
+// has the one command carried out, and is the only place that reports a failure and makes it the
+// exit status.
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <new>
+#include <string_view>
+#include <unistd.h>
 
-#include "commands/CommandProcessor.h"
 #include "driver/Driver.h"
-#include "driver/KnobCmdParser.h"
 #include "driver/OptionException.h"
 #include "kz/Exception.h"
 #include "kz/io/IoException.h"
 #include "kz/io/OutputStreamWriter.h"
 #include "kz/io/StandardStreams.h"
 #include "kz/io/StdioOutputStream.h"
-#include "output/FormatHelper.h"
 #include "output/JsonHeader.h"
-#include "output/Logger.h"
-#include "output/MessageHelper.h"
-#include "service/SvcConfigHelper.h"
 #include "util/NumberFormatException.h"
-#include "util/Utils.h"
-
-// Released in the reverse order at the end of the process, the writers last.
-kz::Reference<kz::io::PrintWriter> s_pw;
-kz::Reference<kz::io::PrintWriter> s_errpw;
-static kz::Reference<KnobCmdParser> s_cmdParser;
-static kz::Reference<Logger> s_logger;
-static kz::Reference<SvcConfigHelper> s_configHelper;
-static kz::Reference<MessageHelper> s_msgHelper;
 
 namespace {
 
 constexpr long kBufferSize = 2048;
 constexpr int kUsageFailure = 1;
-
-constexpr char const* kJsonUsage[] = {
-    "\t\"usage\":",
-    "\t[",
-    ("\t\t\"knob -O <outputFile> [-S <server>] [-U <username>] [-P <password>] [-E] [-F] "
-     "[-JSON]\","),
-    "\t\t\"knob -I <inputFile> [-S <server>] [-U <username>] [-P <password>] [-E]\",",
-    "\t\t\"knob <id> [value]... [-S <server>] [-U <username>] [-P <password>] [-JSON]\",",
-    "\t\t\"knob -H <keyword> [-S <server>] [-U <username>] [-P <password>] [-JSON]\",",
-    "\t\t\"-E  ignore errors when reading or writing to a file\",",
-    "\t\t\"-F  suppress prompt to overwrite existing output file\",",
-    "\t\t\"-JSON  display output in JSON object format\"",
-    "\t]"};
+constexpr std::string_view kOutOfMemory =
+    "knob: Out of memory. What was done until then stays done.\n";
 
 kz::Reference<kz::io::PrintWriter> makeWriter(kz::Reference<kz::io::OutputStream> stream) {
   const kz::Reference<kz::io::Writer> writer(
@@ -64,32 +41,6 @@ bool hasJsonArgument(int argc, char** argv) {
 // The command's own lines stand between a header and a brace, unless they go into a file.
 bool framesJson() { return s_cmdParser->getOutputType() && !s_cmdParser->isCmdWriteSettings(); }
 
-void printJsonError(kz::String const& description, char const* end) {
-  s_pw->println("\t\"error\": \"" + description + end);
-}
-
-void reportFailure(kz::String const& description) {
-  if (s_cmdParser->getOutputType()) {
-    printJsonError(description, "\"");
-  } else {
-    s_errpw->println(description);
-  }
-}
-
-// A command line that makes no sense: what is wrong with it, and how it should be.
-void reportMisuse(kz::String const& jsonDescription, kz::String const& description) {
-  if (s_cmdParser->getOutputType()) {
-    printJsonError(jsonDescription, "\",");
-  } else {
-    s_errpw->println(description);
-  }
-  displayUsage();
-}
-
-void reportInvalidCommand() {
-  reportMisuse("Invalid Command", s_msgHelper->getResStr("ERR_INVALID_COMMAND"));
-}
-
 void showBanner() {
   if (!s_cmdParser->getOutputType()) {
     s_pw->println(s_msgHelper->getResStr("NAME", JsonHeader::VERSION));
@@ -100,8 +51,28 @@ void showBanner() {
   }
 }
 
+// A listing of the system's processes shows the arguments.
+void wipePasswords(int argc, char** argv) noexcept {
+  // From the end, so that an option in the place of a password is still known as an option.
+  for (int i = argc - 1; i > 1; --i) {
+    if (KnobCmdParser::announcesPassword(argv[i - 1])) {
+      std::memset(argv[i], '*', std::strlen(argv[i]));
+    }
+  }
+}
+
+void parse(int argc, char** argv) {
+  try {
+    s_cmdParser->parseCmdLine(argc, argv);
+  } catch (...) {
+    wipePasswords(argc, argv);
+    throw;
+  }
+  wipePasswords(argc, argv);
+}
+
 void parseAndRun(int argc, char** argv) {
-  s_cmdParser->parseCmdLine(argc, argv);
+  parse(argc, argv);
   showBanner();
   // Nothing was asked for.
   if (argc <= (s_cmdParser->getOutputType() ? 2 : 1)) {
@@ -129,8 +100,7 @@ int runReported(int argc, char** argv, bool json) {
   } catch (OptionException const& failure) {
     exitValue = kUsageFailure;
     if (json) displayJsonHeaderMsg(s_msgHelper);
-    const kz::String description = failure.getDescription();
-    reportMisuse(description, description);
+    reportMisuse(failure.getDescription());
   } catch (NumberFormatException const&) {
     exitValue = kUsageFailure;
     reportInvalidCommand();
@@ -147,10 +117,17 @@ int runReported(int argc, char** argv, bool json) {
   return exitValue;
 }
 
+// To standard error, without the memory that everything else takes.
+void reportOutOfMemory() noexcept {
+  (void)!write(STDERR_FILENO, kOutOfMemory.data(), kOutOfMemory.size());
+}
+
 // The last resort: where even this cannot be written, the exit status has to tell.
 int reportFatal(int status, bool json) noexcept {
   try {
     s_errpw->println(s_msgHelper->getResStr("FATAL_ERROR", status));
+  } catch (std::bad_alloc const&) {
+    reportOutOfMemory();
   } catch (...) {
   }
   try {
@@ -158,6 +135,12 @@ int reportFatal(int status, bool json) noexcept {
   } catch (...) {
   }
   return status;
+}
+
+// An exception could not be thrown, since there is no memory even for it.
+[[noreturn]] void endWithoutException() {
+  reportOutOfMemory();
+  _exit(kz::kStatusOutOfMemory & 0xFF);
 }
 
 // There is nothing yet to look a text up in or to write it with.
@@ -168,50 +151,8 @@ int reportFailedStart(char const* reason) noexcept {
 
 }  // namespace
 
-void displayUsage() {
-  if (s_cmdParser->getOutputType()) {
-    for (char const* const line : kJsonUsage) s_pw->println(line);
-  } else {
-    s_pw->println(s_msgHelper->getResStr("USAGE"));
-  }
-}
-
-void displayJsonHeaderMsg(kz::Reference<MessageHelper>& messages) {
-  for (kz::String const& line : JsonHeader(*messages).lines()) s_pw->println(line);
-}
-
-void processCommand() {
-  CommandProcessor processor(s_configHelper, s_pw, s_errpw, s_logger,
-                             s_cmdParser->getOutputFileName(), s_cmdParser->getInputFileName());
-  FormatHelper trace(s_logger.get());
-  const bool json = s_cmdParser->getOutputType();
-  const auto settingId = [] {
-    return static_cast<int>(Utils::parseLong(s_cmdParser->getSettingID()));
-  };
-  if (s_cmdParser->isCmdWriteSettings()) {
-    trace.putData("outputFile: " + s_cmdParser->getOutputFileName(), 0);
-    processor.writeConfiguration(s_cmdParser->isIgnoreError(),
-                                 s_cmdParser->isSuppressOverwritePrompt(), json);
-  } else if (s_cmdParser->isCmdReadSettings()) {
-    trace.putData("inputFile: " + s_cmdParser->getInputFileName(), 0);
-    processor.readConfiguration(s_cmdParser->isIgnoreError());
-  } else if (s_cmdParser->isCmdSearchKeyword()) {
-    trace.putData("search string: " + s_cmdParser->getKeywordValue(), 0);
-    processor.printMatchingIDs(s_cmdParser->getKeywordValue(), json);
-  } else if (s_cmdParser->isCmdGetIdDetail()) {
-    trace.putData("Id Detail - ID:  " + s_cmdParser->getSettingID(), 0);
-    processor.printIDDetails(settingId(), json, CommandProcessor::DISPLAY_LAYOUT);
-  } else if (s_cmdParser->isCmdSetIdValues()) {
-    const kz::Reference<KnobCmdParser::StringList> values(s_cmdParser->getIDValues());
-    trace.putData("Set Id:  " + s_cmdParser->getSettingID(), 0);
-    for (int i = 0; i < values->size(); ++i) trace.putData("Value : " + *values->get(i), 1);
-    processor.setValue(settingId(), values.get(), json);
-  } else {
-    reportInvalidCommand();
-  }
-}
-
 int main(int argc, char** argv) {
+  std::set_terminate(endWithoutException);
   kz::io::guardStandardStreams();
   bool json = false;
   try {

@@ -10,6 +10,7 @@ struct Reason {
   char const* key;
 };
 constexpr Reason kReasons[] = {{kz::kStatusAccessDenied, "ACCESS_ERROR"},
+                               {kz::kStatusFileInUse, "FILE_IN_USE_ERROR"},
                                {kz::kStatusFileNotFound, "FILE_NOT_FOUND_ERROR"}};
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "kz/Exception.h"
 #include "kz/io/FileOutputStream.h"
+#include "kz/io/OpenFiles.h"
 #include "kz/io/OutputStreamWriter.h"
 #include "kz/io/StdioOutputStream.h"
 #include "kz/util/FilePath.h"
@@ -57,6 +58,8 @@ void Logger::addFileHandler(kz::String name) {
   const int status = Utils::createDirs(name);
   if (status != 0) throwError(status, name);
   try {
+    // The engine may have it open, as its store.
+    if (kz::io::isOpenHere(name.getBytes())) throw kz::ResultException(kz::kStatusFileInUse);
     addHandler(kz::Reference<kz::io::OutputStream>(new kz::io::FileOutputStream(name, false)));
   } catch (kz::Exception const& failure) {
     throwError(failure.getResult(), reportedName(name));

@@ -22,8 +22,8 @@ class Logger : public kz::Object {
   ~Logger() override;
 
   void addStdOutHandler();
-  // Creates the missing directories of the path and the file; an existing file is emptied. Throws
-  // what throwError does, and then has no new handler.
+  // Creates the missing directories of the path and the file; an existing file is emptied, one that
+  // this process has open is refused. Throws what throwError does, and then has no new handler.
   void addFileHandler(kz::String name);
 
   void setLevel(Level threshold) { level = threshold; }
@@ -43,7 +43,8 @@ class Logger : public kz::Object {
   // that was written has arrived. The destructor closes too, but cannot report a failure.
   void close();
 
-  // Throws IoException for refused access and a missing file, ResultException for any other status.
+  // Throws IoException for refused access, a missing file and one in use, ResultException for any
+  // other status.
   [[noreturn]] void throwError(int status, kz::String fileName);
 
  private:

@@ -57,10 +57,9 @@ class TextArgument {
 constexpr TnValueSelector selector(int which) { return static_cast<TnValueSelector>(which); }
 
 // An interface that reports more elements than it was given room for has broken its contract;
-// nothing of such a list can be trusted.
+// nothing of such a list can be trusted. A negative number is an empty list.
 TnStatus checkedCount(TnStatus status, int count, int capacity) {
-  if (status != TN_SUCCESS) return status;
-  return count >= 0 && count <= capacity ? TN_SUCCESS : TN_BUFFER_TOO_SMALL;
+  return status == TN_SUCCESS && count > capacity ? TnStatus{TN_BUFFER_TOO_SMALL} : status;
 }
 
 }  // namespace
@@ -70,14 +69,15 @@ SvcConfigHelper::SvcConfigHelper()
       programMessages(new MessageHelper("KNOB", "KNOB_")) {}
 
 void SvcConfigHelper::connect(kz::String server, kz::String user, kz::String password) {
+  // Made before the interface is started, which has to be stopped whatever fails from there on.
+  const TextArgument<TN_CONNECT_TEXT_SIZE> serverText(server);
+  const TextArgument<TN_CONNECT_TEXT_SIZE> userText(user);
+  const TextArgument<TN_CONNECT_TEXT_SIZE> passwordText(password);
   TnStart(0);
   if (server.isEmpty() && user.isEmpty() && password.isEmpty()) {
     handle = TN_LOCAL_HANDLE;
     return;
   }
-  const TextArgument<TN_CONNECT_TEXT_SIZE> serverText(server);
-  const TextArgument<TN_CONNECT_TEXT_SIZE> userText(user);
-  const TextArgument<TN_CONNECT_TEXT_SIZE> passwordText(password);
   const TnStatus status = !serverText.fits()     ? TnStatus{TN_SERVER_NAME_TOO_LONG}
                           : !userText.fits()     ? TnStatus{TN_USER_NAME_TOO_LONG}
                           : !passwordText.fits() ? TnStatus{TN_PASSWORD_TOO_LONG}

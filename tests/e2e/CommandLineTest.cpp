@@ -115,6 +115,25 @@ TEST(CommandLine, TracesOnDemand) {
   }
 }
 
+TEST(CommandLine, ShowsNoPasswordAmongItsArguments) {
+  TempFolder home;
+  const std::vector<std::string> cases[] = {{"25", "-P", "secret"},
+                                            {"-p", "secret", "--PASSWORD", "secret"},
+                                            {"-P", "secret", "-x"},
+                                            {"-P", "-P", "secret"},
+                                            {"-x", "-P", "-secret"}};
+  for (auto const& arguments : cases) {
+    const std::string record = home / "record";
+    std::filesystem::remove(record);
+    Process process = knob(home.path(), arguments);
+    process.environment["LD_PRELOAD"] = KNOB_RECORDER_PRELOAD;
+    process.environment["TN_RECORD_ARGUMENTS"] = record;
+    process.run();
+    EXPECT_NE(std::string::npos, readFile(record).find("***")) << testing::PrintToString(arguments);
+    EXPECT_EQ(std::string::npos, readFile(record).find("secret"));
+  }
+}
+
 // The calls of the interface that every command makes, and those of a change.
 TEST(CommandLine, CallsTheInterfaceInOrder) {
   const struct {
@@ -127,7 +146,7 @@ TEST(CommandLine, CallsTheInterfaceInOrder) {
       {{"25", "x"},
        "TnStart TnConnectServer TnGetSettingInfo TnIsSettingAvailable TnDisconnect TnStop "},
       {{"-S", "localhost"}, "TnStart TnConnectServer TnDisconnect TnStop "},
-      {{"25", "-S", "nowhere:5"}, "TnStart TnConnectServer TnStop "},
+      {{"25", "-S", "nowhere:5"}, "TnStart TnConnectServer refused TnStop "},
       {{"25", "-U", std::string(256, 'u')}, "TnStart TnStop "},
       {{}, ""},
   };

@@ -157,6 +157,12 @@ TEST_F(SettingsFile, IsNotReplacedWithoutAYes) {
               outcome.out.find("\nThere was no answer in 25 lines; the next line decides.\n") !=
                   std::string::npos);
   }
+  Process endless = knob(home.path(), {});
+  endless.arguments = {
+      "/bin/sh", "-c",
+      "ulimit -v 1000000; '" + endless.arguments[0] + "' -O '" + home / "file" + "' </dev/zero"};
+  EXPECT_EQ(0, endless.run().status);
+  EXPECT_EQ("mine", readFile(home / "file"));
 }
 
 TEST_F(SettingsFile, ArrivesWholeInASlowPipe) {
@@ -207,6 +213,16 @@ TEST_F(SettingsFile, ThatCannotBeWrittenOrReadIsAFailure) {
     EXPECT_NE(outcome.err.find(test.said), std::string::npos) << outcome.err;
     EXPECT_EQ(std::string::npos, outcome.out.find("applied"));
   }
+}
+
+TEST_F(SettingsFile, DoesNotReplaceTheStoreThatItIsReadFrom) {
+  ASSERT_EQ("", run({"25", "5", "-S", "file:" + (home / "store")}).err);
+  const std::string store = readFile(home / "store");
+  std::filesystem::create_symlink("store", home / "link");
+  const Outcome outcome = run({"-O", home / "link", "-F", "-S", "file:" + (home / "store")});
+  EXPECT_EQ(1, outcome.status);
+  EXPECT_NE(outcome.err.find("/link cannot be created: knob itself has"), std::string::npos);
+  EXPECT_EQ(store, readFile(home / "store"));
 }
 
 TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {

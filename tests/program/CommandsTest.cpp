@@ -1,7 +1,10 @@
+#include <fcntl.h>
 #include <functional>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "commands/CommandProcessor.h"
+#include "kz/io/IoException.h"
 #include "kz/io/OutputStreamWriter.h"
 #include "kz/io/StdioOutputStream.h"
 #include "support/TempFolder.h"
@@ -63,6 +66,8 @@ class Commands : public testing::Test {
       result.failure = number(failure.getErrorCode());
     } catch (NumberFormatException const&) {
       result.failure = "no number";
+    } catch (kz::io::IoException const& failure) {
+      result.failure = failure.getDescription().getBytes();
     }
     EXPECT_EQ(engine.calls.back(), "TnStop(0)");
     result.out = testing::internal::GetCapturedStdout();
@@ -225,6 +230,20 @@ TEST_F(Commands, ExportGoesOnAfterAFailureOnlyWhenTold) {
       EXPECT_LT(readFile(file).find("\nERROR! - " + reason + "\n"),
                 readFile(file).find(nextCategory));
     }
+  }
+}
+
+TEST_F(Commands, ExportLeavesAFileThatTheEngineHasOpen) {
+  std::filesystem::create_hard_link((writeFile(file, "store"), file), folder / "link");
+  const std::string refusal = say("ERR_CREATE_FILE", file.c_str(), say("FILE_IN_USE_ERROR").c_str(),
+                                  static_cast<int>(0x80070020));
+  // A descriptor that could have come from the program's caller is not the engine's.
+  for (auto const& [flags, failure] :
+       {std::pair{O_CLOEXEC, refusal}, std::pair{0, std::string()}}) {
+    const int descriptor = open((folder / "link").c_str(), O_RDONLY | flags);
+    EXPECT_EQ(exportAll(false, false).failure, failure);
+    EXPECT_EQ(readFile(file) == "store", !failure.empty());
+    close(descriptor);
   }
 }
 

@@ -13,6 +13,7 @@ std::string parsed(std::string const& line) {
   std::istringstream words("knob " + line);
   std::vector<std::string> texts;
   for (std::string word; words >> word;) texts.push_back(word == "''" ? "" : word);
+  const std::vector<std::string> given = texts;
   std::vector<char*> pointers;
   for (std::string& text : texts) pointers.push_back(text.data());
   KnobCmdParser parser;
@@ -40,9 +41,7 @@ std::string parsed(std::string const& line) {
         parser.isCmdGetIdDetail(), parser.isCmdSetIdValues()}) {
     all += set ? "+" : "-";
   }
-  const bool wiped = parser.getPassword().isEmpty() || line.find("secret") == std::string::npos ||
-                     std::find(texts.begin(), texts.end(), "******") != texts.end();
-  return all.getBytes() + (wiped ? "" : " and the password is still there");
+  return all.getBytes() + (texts == given ? "" : " and the arguments were changed");
 }
 
 std::string refused(char const* key, char const* argument) {

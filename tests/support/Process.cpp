@@ -27,6 +27,8 @@ void redirect(int stream, std::string const& file, std::string const& target) {
   }
 }
 
+std::string knobPath() { return programFolder() + "/knob"; }
+
 std::vector<char*> pointers(std::vector<std::string>& texts) {
   std::vector<char*> all;
   for (std::string& text : texts) all.push_back(text.data());
@@ -39,9 +41,28 @@ bool becomeUser(uid_t user) {
          (setgroups(0, nullptr) == 0 && setgid(user) == 0 && setuid(user) == 0);
 }
 
+// The program again, with all that it loads, in a folder that every user can get to: the build tree
+// may lie below a home that is its owner's alone.
+std::string reachableProgram() {
+  namespace fs = std::filesystem;
+  static const TempFolder tree;
+  if (!fs::exists(tree / "bin")) {
+    const fs::path built = fs::path(programFolder()).parent_path();
+    fs::create_directory(tree / "bin");
+    fs::copy(built / "bin/knob", tree / "bin");
+    for (char const* const folder : {"lib", "share"}) {
+      fs::copy(built / folder, tree / folder, fs::copy_options::recursive);
+    }
+    for (auto const& entry : fs::recursive_directory_iterator(tree.path())) {
+      fs::permissions(entry, fs::perms{0755});
+    }
+  }
+  return tree / "bin/knob";
+}
+
 }  // namespace
 
-void Process::become() const {
+void Process::become(std::string const& program) const {
   if (!folder.empty() && chdir(folder.c_str()) != 0) _exit(126);
   if (fileLimit >= 0) {
     const rlimit limit{static_cast<rlim_t>(fileLimit), static_cast<rlim_t>(fileLimit)};
@@ -52,7 +73,7 @@ void Process::become() const {
   std::vector<std::string> words = arguments;
   std::vector<std::string> variables;
   for (auto const& [name, value] : environment) variables.push_back(name + "=" + value);
-  execve(words[0].c_str(), pointers(words).data(), pointers(variables).data());
+  execve(program.c_str(), pointers(words).data(), pointers(variables).data());
   _exit(127);
 }
 
@@ -61,12 +82,14 @@ Outcome Process::run() const {
   writeFile(streams / "in", input);
   writeFile(streams / "out", "");
   writeFile(streams / "err", "");
+  const bool elsewhere = user != 0 && geteuid() == 0 && arguments[0] == knobPath();
+  const std::string program = elsewhere ? reachableProgram() : arguments[0];
   const pid_t child = fork();
   if (child == 0) {
     redirect(STDIN_FILENO, streams / "in", "");
     redirect(STDOUT_FILENO, streams / "out", outTo);
     redirect(STDERR_FILENO, streams / "err", errTo);
-    become();
+    become(program);
   }
   int status = 0;
   waitpid(child, &status, 0);
@@ -79,7 +102,7 @@ std::string programFolder() {
 }
 
 Process knob(std::string const& home, std::vector<std::string> arguments) {
-  arguments.insert(arguments.begin(), programFolder() + "/knob");
+  arguments.insert(arguments.begin(), knobPath());
   return {std::move(arguments), {{"HOME", home}, {"XDG_STATE_HOME", home + "/state"}}};
 }
 

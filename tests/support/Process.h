@@ -23,14 +23,16 @@ struct Process {
   std::string outTo{};
   std::string errTo{};
   std::string folder{};  // to run in
-  uid_t user = 0;        // to run as, when the test runs as root; 0: as the test
-  long fileLimit = -1;   // bytes that a file may have
+  // To run as, when the test runs as root; 0: as the test. The program under test is then copied to
+  // where every user can reach it.
+  uid_t user = 0;
+  long fileLimit = -1;  // bytes that a file may have
 
   // Waits for the end; a process that takes longer than a minute is killed.
   Outcome run() const;
 
  private:
-  [[noreturn]] void become() const;
+  [[noreturn]] void become(std::string const& program) const;
 };
 
 // The program under test in a world of its own: no settings, no messages but its own.

@@ -1,17 +1,41 @@
 // Put in front of the tuning library with LD_PRELOAD: writes the name of the call, a line each,
 // into the file that TN_RECORD names, and passes the call on. With TN_KILL_BEFORE_SET=N the process
-// is killed where it would make its N-th change.
+// is killed where it would make its N-th change. At the end of the process its arguments go into
+// the file that TN_RECORD_ARGUMENTS names. It allocates nothing, so it serves when memory runs out.
+#include <array>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <string_view>
+#include <unistd.h>
 
 #include "service/TuningInterface.h"
 
 namespace {
 
 int sets = 0;
+
+void append(char const* variable, std::string_view text) {
+  char const* const path = std::getenv(variable);
+  if (path == nullptr) return;
+  const int file = open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+  (void)!write(file, text.data(), text.size());
+  close(file);
+}
+
+void record(std::string_view name) {
+  append("TN_RECORD", name);
+  append("TN_RECORD", "\n");
+}
+
+[[gnu::destructor]] void recordArguments() {
+  std::array<char, 4096> arguments{};
+  const int file = open("/proc/self/cmdline", O_RDONLY | O_CLOEXEC);
+  const ssize_t size = read(file, arguments.data(), arguments.size());
+  append("TN_RECORD_ARGUMENTS", {arguments.data(), static_cast<std::size_t>(size)});
+  close(file);
+}
 
 template <typename Result, typename... Arguments>
 Result passOn(char const* name, Result (*)(Arguments...), Arguments... arguments) {
@@ -20,11 +44,7 @@ Result passOn(char const* name, Result (*)(Arguments...), Arguments... arguments
       ++sets == std::atoi(fatalSet)) {
     std::raise(SIGKILL);
   }
-  if (char const* const path = std::getenv("TN_RECORD")) {
-    std::FILE* const record = std::fopen(path, "a");
-    std::fprintf(record, "%s\n", name);
-    std::fclose(record);
-  }
+  record(name);
   return reinterpret_cast<Result (*)(Arguments...)>(dlsym(RTLD_NEXT, name))(arguments...);
 }
 
@@ -36,7 +56,10 @@ int TnStart(int reserved) { return passOn("TnStart", TnStart, reserved); }
 int TnStop(int reserved) { return passOn("TnStop", TnStop, reserved); }
 TnStatus TnConnectServer(char const* server, char const* user, char const* password,
                          TnHandle* handle) {
-  return passOn("TnConnectServer", TnConnectServer, server, user, password, handle);
+  const TnStatus status =
+      passOn("TnConnectServer", TnConnectServer, server, user, password, handle);
+  if (status != TN_SUCCESS) record("refused");
+  return status;
 }
 TnStatus TnDisconnect(TnHandle handle) { return passOn("TnDisconnect", TnDisconnect, handle); }
 TnStatus TnGetSettingInfo(TnHandle handle, int id, TnSettingRecord* record) {

@@ -1,0 +1,34 @@
+#include "kz/io/OpenFiles.h"
+
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/stat.h>
+
+namespace kz::io {
+namespace {
+
+// A descriptor that is closed by exec cannot have come through one.
+bool isOwn(int descriptor) {
+  const int flags = fcntl(descriptor, F_GETFD);
+  return flags != -1 && (flags & FD_CLOEXEC) != 0;
+}
+
+}  // namespace
+
+bool isOpenHere(std::string const& path) {
+  struct stat file {};
+  if (stat(path.c_str(), &file) != 0 || !S_ISREG(file.st_mode)) return false;
+  std::error_code unknown;
+  for (auto const& entry : std::filesystem::directory_iterator("/proc/self/fd", unknown)) {
+    const int descriptor = std::atoi(entry.path().filename().c_str());
+    struct stat open {};
+    if (isOwn(descriptor) && fstat(descriptor, &open) == 0 && open.st_dev == file.st_dev &&
+        open.st_ino == file.st_ino) {
+      return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace kz::io
