@@ -62,6 +62,20 @@ TEST(Reader, GivesTheSameLinesHoweverTheBytesCome) {
   }
 }
 
+TEST(Reader, KeepsNoMoreOfALineThanItsLimit) {
+  for (const long bufferSize : {4L, 5L, 6L, 2048L}) {
+    const kz::Reference<kz::io::Reader> characters(new kz::io::InputStreamReader(
+        new Pieces("12345\n123456\nabcdefghijk\n123456789", 9999), nullptr, bufferSize));
+    kz::io::BufferedReader reader(characters.get(), bufferSize);
+    std::string lines;
+    for (String line; reader.readLine(line, 5) >= 0;) {
+      lines += line.getBytes() + (reader.isCut() ? "~" : "|");
+      if (line.equals("12345")) reader.skipRest();
+    }
+    EXPECT_EQ(lines, "12345|12345~abcde~fghij~k|12345~") << bufferSize;
+  }
+}
+
 TEST(Writer, WaitsForASlowReader) {
   std::array<int, 2> ends{};
   ASSERT_EQ(0, pipe2(ends.data(), O_NONBLOCK));
