@@ -92,6 +92,10 @@ String& String::toUpper() {
   return *this;
 }
 
+String String::substring(int start, int count) const {
+  return characters().substr(clamp(start), static_cast<std::size_t>(std::max(count, 0)));
+}
+
 bool String::equalsIgnoreCase(String const& other) const {
   return length() == other.length() && regionMatches(0, other, true);
 }

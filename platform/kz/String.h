@@ -7,6 +7,7 @@
 #ifndef KNOB_KZ_STRING_H
 #define KNOB_KZ_STRING_H
 
+#include <limits>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -51,6 +52,9 @@ class String : public Object {
   String& trim(wchar_t const* set);
   String& translate(wchar_t from, wchar_t to);
   String& toUpper();
+
+  // `count` characters from `start`.
+  String substring(int start, int count = std::numeric_limits<int>::max()) const;
 
   bool equals(String const& other) const noexcept { return characters() == other.characters(); }
   bool equalsIgnoreCase(String const& other) const;
