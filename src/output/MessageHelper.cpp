@@ -14,6 +14,13 @@ namespace {
 constexpr std::size_t kTextSize = 1024;
 constexpr std::size_t kMessageSize = 2048;
 
+// A character has at most four bytes.
+constexpr int kSurelyWhole = (kTextSize - 1) / 4;
+
+bool hasConversions(kz::String const& text) {
+  return text.characters().find(L'%') != std::wstring::npos;
+}
+
 // The number of a status is its key.
 bool isStatus(char const* key) { return *key >= '0' && *key <= '9'; }
 
@@ -23,12 +30,14 @@ MessageHelper::MessageHelper(char const* bundle, char const* prefix)
     : bundleName(bundle), keyPrefix(prefix) {}
 
 kz::String MessageHelper::getResStr(char const* key, ...) const {
-  const auto arguments = MessageArguments::of(key);
-  const auto accepts = [&arguments](kz::String const& candidate) {
+  const auto accepts = [key](kz::String const& candidate) {
+    if (!hasConversions(candidate)) return true;
+    const auto arguments = MessageArguments::of(key);
     return !arguments || MessageArguments::suffice(*arguments, candidate.characters());
   };
   kz::String text;
   CMSGStrings::MakeResourceString(bundleName, keyPrefix + key, accepts, text);
+  if (!hasConversions(text) && text.length() <= kSurelyWhole) return text;
   if (isStatus(key) && !MessageArguments::suffice("", text.characters())) return text;
   std::array<char, kTextSize> format;
   KZUnicodeToAnsi(format.data(), text.characters().c_str(), static_cast<int>(format.size()));

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <ctime>
 #include <fcntl.h>
+#include <filesystem>
 #include <list>
 #include <map>
 #include <optional>
@@ -21,7 +22,10 @@ namespace {
 constexpr std::string_view kBlanks = " \t";
 
 std::string const& folder() {
-  static const std::string path = util::FilePath::getProgramDir().getBytes() + "/../share/knob";
+  // Without "..", which every look at a file would have to resolve again.
+  static const std::string path =
+      std::filesystem::path(util::FilePath::getProgramDir().getBytes()).parent_path() /
+      "share/knob";
   return path;
 }
 
