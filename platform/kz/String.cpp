@@ -31,13 +31,15 @@ bool sameIgnoringCase(wchar_t left, wchar_t right) {
 }
 
 const std::wstring kEmpty;
+// Most texts are made to have a word put before or after them.
+constexpr std::size_t kRoom = 8;
 
 }  // namespace
 
 String::String(std::string_view bytes) {
   if (bytes.empty()) return;
   std::wstring characters;
-  characters.reserve(bytes.size());
+  if (bytes.size() > characters.capacity()) characters.reserve(bytes.size() + kRoom);
   utf8::decode(bytes, characters);
   text_ = Reference<Text>(new Text(std::move(characters)));
 }
@@ -57,6 +59,16 @@ String& String::replace(int start, int count, String const& text) {
   const std::size_t removed = count > 0 ? static_cast<std::size_t>(count) : 0;
   const Reference<Text> keep = text.text_;  // `text` may be this string
   own().replace(from, removed, keep ? keep->value : kEmpty);
+  return *this;
+}
+
+String& String::insert(int index, int count, wchar_t character) {
+  if (count > 0) own().insert(clamp(index), static_cast<std::size_t>(count), character);
+  return *this;
+}
+
+String& String::append(char const* bytes) {
+  utf8::decode(bytes, own());
   return *this;
 }
 
@@ -90,6 +102,10 @@ String& String::toUpper() {
   std::wstring& mine = own();
   std::transform(mine.begin(), mine.end(), mine.begin(), toUpperCharacter);
   return *this;
+}
+
+String String::substring(int start, int count) const {
+  return characters().substr(clamp(start), static_cast<std::size_t>(std::max(count, 0)));
 }
 
 bool String::equalsIgnoreCase(String const& other) const {

@@ -7,6 +7,7 @@
 #ifndef KNOB_KZ_STRING_H
 #define KNOB_KZ_STRING_H
 
+#include <limits>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -42,8 +43,12 @@ class String : public Object {
   String& replace(int start, int count, String const& text);
   String& append(String const& text) { return replace(length(), 0, text); }
   String& insert(int index, String const& text) { return replace(index, 0, text); }
+  String& insert(int index, int count, wchar_t character);
   String& remove(int start, int count) { return replace(start, count, String()); }
   String& operator+=(String const& text) { return append(text); }
+  // The same from 8-bit text, without a String of it.
+  String& append(char const* bytes);
+  String& operator+=(char const* bytes) { return append(bytes); }
 
   // Removes every occurrence of the character.
   String& removeAll(wchar_t character);
@@ -51,6 +56,9 @@ class String : public Object {
   String& trim(wchar_t const* set);
   String& translate(wchar_t from, wchar_t to);
   String& toUpper();
+
+  // `count` characters from `start`.
+  String substring(int start, int count = std::numeric_limits<int>::max()) const;
 
   bool equals(String const& other) const noexcept { return characters() == other.characters(); }
   bool equalsIgnoreCase(String const& other) const;
@@ -81,6 +89,7 @@ inline bool operator==(String const& left, String const& right) noexcept {
 }
 
 inline String operator+(String left, String const& right) { return std::move(left.append(right)); }
+inline String operator+(String left, char const* right) { return std::move(left.append(right)); }
 
 }  // namespace kz
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <type_traits>
+#include <utility>
 
 namespace kz::utf8 {
 namespace {
@@ -53,7 +55,24 @@ Sequence sequenceAt(std::string_view bytes, std::size_t start) {
   return {shape->length, present == shape->length, static_cast<wchar_t>(value)};
 }
 
-bool isPlain(wchar_t character) { return character >= 0 && character < 0x80; }
+// Most text is ASCII. Copies the characters up to the first that is not, and returns their number:
+// in blocks without a branch inside.
+template <typename From, typename To>
+std::size_t copyPlain(From const* from, std::size_t count, To* to) {
+  using Code = std::make_unsigned_t<From>;
+  constexpr auto kBlock = std::make_index_sequence<8>();
+  const auto copyBlock = [&]<std::size_t... I>(std::size_t at, std::index_sequence<I...>) {
+    if ((static_cast<Code>(from[at + I]) | ...) >= 0x80) return false;
+    ((to[at + I] = static_cast<To>(from[at + I])), ...);
+    return true;
+  };
+  std::size_t done = 0;
+  while (count - done >= kBlock.size() && copyBlock(done, kBlock)) done += kBlock.size();
+  for (; done < count && static_cast<Code>(from[done]) < 0x80; ++done) {
+    to[done] = static_cast<To>(from[done]);
+  }
+  return done;
+}
 
 bool isStrayByte(wchar_t character) {
   return character >= kStrayBase + 0x80 && character <= kStrayBase + 0xFF;
@@ -85,17 +104,15 @@ void encodeOne(wchar_t character, std::string& bytes) {
 
 }  // namespace
 
-// Most text is ASCII: both ways treat such characters at once, one by one.
-
 std::size_t decode(std::string_view bytes, std::wstring& characters, bool more) {
   const std::size_t before = characters.size();
   characters.resize(before + bytes.size());  // no byte gives more than one character
   wchar_t* next = characters.data() + before;
   std::size_t position = 0;
   for (;;) {
-    for (; position < bytes.size() && byteAt(bytes, position) < 0x80; ++position) {
-      *next++ = static_cast<wchar_t>(bytes[position]);
-    }
+    const std::size_t plain = copyPlain(bytes.data() + position, bytes.size() - position, next);
+    position += plain;
+    next += plain;
     if (position == bytes.size()) break;
     const Sequence sequence = sequenceAt(bytes, position);
     if (sequence.length != 0 && !sequence.complete && more) break;
@@ -110,11 +127,8 @@ std::size_t decode(std::string_view bytes, std::wstring& characters, bool more) 
 void encode(std::wstring_view characters, std::string& bytes) {
   const std::size_t before = bytes.size();
   bytes.resize(before + characters.size());
-  char* const plainBytes = bytes.data() + before;
-  std::size_t plain = 0;
-  for (; plain < characters.size() && isPlain(characters[plain]); ++plain) {
-    plainBytes[plain] = static_cast<char>(characters[plain]);
-  }
+  const std::size_t plain = copyPlain(characters.data(), characters.size(), bytes.data() + before);
+  if (plain == characters.size()) return;
   bytes.resize(before + plain);
   for (const wchar_t character : characters.substr(plain)) encodeOne(character, bytes);
 }

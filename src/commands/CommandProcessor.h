@@ -60,7 +60,7 @@ class CommandProcessor {
   // The rest of the next line that begins with the tag: 0, or -1 at the end of the file, where the
   // value stays as it was.
   int getTagValue(kz::String tag, kz::String& value);
-  // A new list of the text's parts between blanks, of more than 100,000 the first so many.
+  // A new list of the text's parts between blanks.
   StringList* getIDValues(kz::String text);
 
   // Search.

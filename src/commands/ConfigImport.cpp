@@ -13,15 +13,32 @@ namespace {
 
 constexpr long kBufferSize = 2048;
 constexpr wchar_t kLineBlanks[] = L" \t\r\n";
-// No setting can hold a value of so many words, and one that takes the first word alone needs no
-// more: so a file of anything at all does not fill the memory.
-constexpr int kMostWords = 100000;
+// Editors put it at the beginning of a file to say that it is in UTF-8.
+constexpr wchar_t kByteOrderMark = 0xFEFF;
+// No line that matters has so many characters. What is past them is read over, so that a file of
+// anything at all does not fill the memory.
+constexpr int kMostCharacters = 65536;
+
+bool readLine(kz::io::BufferedReader& reader, kz::String& line) {
+  reader.skipRest();
+  return reader.readLine(line, kMostCharacters) >= 0;
+}
+
+// A value whose end was not kept is too long, unless the setting takes the first word alone.
+void checkCutValue(SvcConfigHelper& service, int id, int words) {
+  const kz::Reference<SettingInfo> info(service.getSettingInfo(id, true));
+  const bool takesOneWord =
+      info->type == SettingInfo::INTEGER || info->type == SettingInfo::BOOLEAN;
+  if (takesOneWord && words > 1) return;
+  throw SvcException(service.createErrorMsg(TN_VALUE_TOO_LONG), TN_VALUE_TOO_LONG);
+}
 
 }  // namespace
 
 void CommandProcessor::readConfiguration(bool ignoreErrors) {
   logger->finer("Inside readConfiguration, filename: " + inputFileName);
   openInputFile();
+  inputReader->skip(kByteOrderMark);
   while (importSetting(ignoreErrors)) {
   }
   out->println(messages->getResStr("INFO_STG_UPDATED_FILE", inputFileName.getBytes().c_str()));
@@ -45,6 +62,7 @@ bool CommandProcessor::importSetting(bool ignoreErrors) {
   if (getTagValue(tagIdText, idText) != 0) return false;
   int id = 0;
   try {
+    if (inputReader->isCut()) throw NumberFormatException(idText);
     id = Utils::parseInt(idText);
   } catch (NumberFormatException const&) {
     err->println(messages->getResStr("ERR_SKIP_STG", idText.getBytes().c_str()));
@@ -53,7 +71,8 @@ bool CommandProcessor::importSetting(bool ignoreErrors) {
 
   kz::String valueText;
   const bool atEnd = getTagValue(tagValueText, valueText) != 0;
-  if (!atEnd && (!valueText.isEmpty() || setttingSupportsEmptyValue(id))) {
+  const bool hasValue = !atEnd && (!valueText.isEmpty() || inputReader->isCut());
+  if (hasValue || (!atEnd && setttingSupportsEmptyValue(id))) {
     applyImportedValue(id, valueText);
     return true;
   }
@@ -73,6 +92,7 @@ void CommandProcessor::applyImportedValue(int id, kz::String valueText) {
     err->println(messages->getResStr(key, failure.getDescription().getBytes().c_str(), id));
   };
   try {
+    if (inputReader->isCut()) checkCutValue(*configHelper, id, values->size());
     setValue(id, values.get(), false);
   } catch (SvcException const& failure) {
     report("ERR_STG_VALUE", failure);
@@ -84,11 +104,11 @@ void CommandProcessor::applyImportedValue(int id, kz::String valueText) {
 int CommandProcessor::getTagValue(kz::String tag, kz::String& value) {
   logger->finest("Inside getTagValue() for tag: " + tag);
   kz::String line;
-  while (inputReader->readLine(line) >= 0) {
+  while (readLine(*inputReader, line)) {
     Utils::removeTabChars(line);
     line.trim(kLineBlanks);
     if (!line.regionMatches(0, tag, true)) continue;
-    value = line.remove(0, tag.length()).trim(kLineBlanks);
+    value = line.substring(tag.length()).trim(kLineBlanks);
     return 0;
   }
   return -1;
@@ -97,9 +117,7 @@ int CommandProcessor::getTagValue(kz::String tag, kz::String& value) {
 CommandProcessor::StringList* CommandProcessor::getIDValues(kz::String text) {
   logger->finest("Inside getIDValues() for string line: " + text);
   auto values = std::make_unique<StringList>();
-  kz::util::StringTokenizer words(text, L" ");
-  while (words.hasMoreTokens() && values->size() < kMostWords) {
-    values->add(new kz::String(words.nextToken()));
-  }
+  kz::util::StringTokenizer words(text, L" ", false);
+  while (words.hasMoreTokens()) values->add(new kz::String(words.nextToken()));
   return values.release();
 }

@@ -1,7 +1,5 @@
 #include "output/CMSGStrings.h"
 
-#include "kz/i18n/StringBundle.h"
-
 namespace {
 
 using kz::i18n::StringBundle;
@@ -9,9 +7,12 @@ using kz::i18n::StringBundle;
 constexpr char kDefaultBundle[] = "TNMSG";
 constexpr char kDefaultPrefix[] = "KZ_MSG_";
 
-kz::String textOrKey(StringBundle const& bundle, kz::String const& key) {
+bool acceptAny(kz::String const&) { return true; }
+
+kz::String textOrKey(StringBundle const& bundle, std::string const& key,
+                     StringBundle::Accepts const& accepts) {
   try {
-    return bundle.getString(key);
+    return bundle.getString(key, accepts);
   } catch (...) {
     return key;
   }
@@ -21,8 +22,13 @@ kz::String textOrKey(StringBundle const& bundle, kz::String const& key) {
 
 void CMSGStrings::MakeResourceString(kz::String const& bundleName, kz::String key,
                                      kz::String& text) {
+  MakeResourceString(bundleName, key.getBytes(), acceptAny, text);
+}
+
+void CMSGStrings::MakeResourceString(kz::String const& bundleName, std::string const& key,
+                                     StringBundle::Accepts const& accepts, kz::String& text) {
   try {
-    text = textOrKey(*StringBundle::getBundle(bundleName, nullptr), key);
+    text = textOrKey(*StringBundle::getBundle(bundleName, nullptr), key, accepts);
   } catch (...) {
     text = "The resource bundle is not installed";
   }
@@ -33,8 +39,8 @@ void CMSGStrings::PrepareDialog(kz::String const& bundleName, kz::String const& 
                                 kz::String& message) {
   try {
     const kz::Reference<StringBundle> bundle = StringBundle::getBundle(bundleName, nullptr);
-    message = textOrKey(*bundle, messageKey);
-    title = textOrKey(*bundle, titleKey);
+    message = textOrKey(*bundle, messageKey.getBytes(), acceptAny);
+    title = textOrKey(*bundle, titleKey.getBytes(), acceptAny);
   } catch (...) {
     message = "The TNMSG resource bundle is not installed";
     title = "TNMSG Resource Bundle Loading Error";

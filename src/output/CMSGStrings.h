@@ -4,12 +4,18 @@
 #define KNOB_OUTPUT_CMSG_STRINGS_H
 
 #include "kz/String.h"
+#include "kz/i18n/StringBundle.h"
 
 class CMSGStrings {
  public:
   // The text of the key; the key itself when the bundle does not have it; "The resource bundle is
   // not installed" when there is no such bundle.
   static void MakeResourceString(kz::String const& bundleName, kz::String key, kz::String& text);
+
+  // The same for a key in 8-bit form and with a say in which text of the key it is: one that is not
+  // accepted counts as not there, and that of a less special language is offered.
+  static void MakeResourceString(kz::String const& bundleName, std::string const& key,
+                                 kz::i18n::StringBundle::Accepts const& accepts, kz::String& text);
 
   // A title and a message from one loading of the bundle, with the same replacement for a missing
   // key and words about the bundle TNMSG when the bundle is missing.

@@ -1,29 +1,23 @@
 #include "output/FormatHelper.h"
 
-#include <algorithm>
+#include <utility>
 
-namespace {
-
-kz::String repeated(wchar_t character, int count) {
-  return std::wstring(static_cast<std::size_t>(std::max(count, 0)), character);
+kz::String FormatHelper::getTabStr(int count) const {
+  return kz::String().insert(0, count, L'\t');
 }
 
-}  // namespace
-
-kz::String FormatHelper::getTabStr(int count) const { return repeated(L'\t', count); }
-
 void FormatHelper::padToLen(kz::String& text, int length) const {
-  text += repeated(L' ', length - text.length());
+  text.insert(text.length(), length - text.length(), L' ');
 }
 
 void FormatHelper::putError(kz::String text) { logger->severe("ERROR! - " + text); }
 
 void FormatHelper::putData(kz::String text, int depth) {
-  logger->info(depth > 0 ? getTabStr(depth) + text : std::move(text));
+  logger->info(std::move(text.insert(0, depth, L'\t')));
 }
 
 void FormatHelper::putHeader(kz::String header, int depth) {
-  const kz::String rule = repeated(L'=', header.length());
+  const kz::String rule = kz::String().insert(0, header.length(), L'=');
   putData(rule, depth);
   putData(header.toUpper(), depth);
   putData(rule, depth);

@@ -81,10 +81,8 @@ void Logger::setLevel(kz::String name) {
 
 void Logger::log(Level recordLevel, kz::String text) {
   if (level > recordLevel || handlers->size() == 0) return;
-  static const kz::String lineEnd("\n");
-  text += lineEnd;
   for (int i = 0; i < handlers->size(); ++i) {
-    handlers->get(i)->print(text);
+    handlers->get(i)->println(text);
     handlers->get(i)->flush();
   }
 }

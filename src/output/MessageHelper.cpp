@@ -7,11 +7,22 @@
 #include "kz/Platform.h"
 #include "kz/Utf8.h"
 #include "output/CMSGStrings.h"
+#include "output/MessageArguments.h"
 
 namespace {
 
 constexpr std::size_t kTextSize = 1024;
 constexpr std::size_t kMessageSize = 2048;
+
+// A character has at most four bytes.
+constexpr int kSurelyWhole = (kTextSize - 1) / 4;
+
+bool hasConversions(kz::String const& text) {
+  return text.characters().find(L'%') != std::wstring::npos;
+}
+
+// The number of a status is its key.
+bool isStatus(char const* key) { return *key >= '0' && *key <= '9'; }
 
 }  // namespace
 
@@ -19,17 +30,24 @@ MessageHelper::MessageHelper(char const* bundle, char const* prefix)
     : bundleName(bundle), keyPrefix(prefix) {}
 
 kz::String MessageHelper::getResStr(char const* key, ...) const {
+  const auto accepts = [key](kz::String const& candidate) {
+    if (!hasConversions(candidate)) return true;
+    const auto arguments = MessageArguments::of(key);
+    return !arguments || MessageArguments::suffice(*arguments, candidate.characters());
+  };
   kz::String text;
-  CMSGStrings::MakeResourceString(bundleName, keyPrefix + key, text);
-  std::array<char, kTextSize> format{};
+  CMSGStrings::MakeResourceString(bundleName, keyPrefix + key, accepts, text);
+  if (!hasConversions(text) && text.length() <= kSurelyWhole) return text;
+  if (isStatus(key) && !MessageArguments::suffice("", text.characters())) return text;
+  std::array<char, kTextSize> format;
   KZUnicodeToAnsi(format.data(), text.characters().c_str(), static_cast<int>(format.size()));
 
   // One byte more than the message may have tells whether the cut is inside a character.
-  std::array<char, kMessageSize + 3> message{};
-  std::va_list arguments;
-  va_start(arguments, key);
-  std::vsnprintf(message.data(), message.size(), format.data(), arguments);
-  va_end(arguments);
+  std::array<char, kMessageSize + 3> message;
+  std::va_list values;
+  va_start(values, key);
+  std::vsnprintf(message.data(), message.size(), format.data(), values);
+  va_end(values);
   const std::string_view whole = message.data();
   return whole.substr(0, kz::utf8::cut(whole, kMessageSize - 1));
 }

@@ -246,6 +246,7 @@ TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
       refused("9999", "1") +
       "Setting 26 was not changed, because its value in the file is no number or is too large.\n" +
       refused("25", "3601");
+  const std::string tooLong = refused("74", std::string(1024, 'x'));
   const struct {
     std::string content;
     std::string err;
@@ -265,10 +266,17 @@ TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
       {setting("74", std::string("a\0b", 3)) + good, refused("74", "a\nb"), true},
       {wrong + good, wrongSaid, true},
       {wrong + good, wrongSaid, true, {"-E"}},
+      {"\xEF\xBB\xBF" + good, "", true},
+      {good + "\xEF\xBB\xBF" + setting("25", "6"), "", true},
       {std::string(5000000, 'x') + "\n" + good, "", true},
+      {setting("25" + std::string(70000, ' ') + "x", "6") + good,
+       "A setting was skipped, because its id is no number or is too large: 25\n", true},
+      {good + setting("25", std::string(70000, ' ') + "6"), replaced(tooLong, "74", "25"), true},
+      {setting("74", "a" + std::string(70000, ' ') + "b") + good, tooLong, true},
+      {setting("203", replaced(std::string(200000, 'x'), "x", " 0")) + good,
+       replaced(tooLong, "74", "203"), true},
       {setting("25", " 5" + replaced(std::string(100001, 'x'), "x", " x")), "", true},
-      {setting("74", std::string(5000000, 'x')) + good, refused("74", std::string(1024, 'x')),
-       true},
+      {setting("74", std::string(5000000, 'x')) + good, tooLong, true},
   };
   for (auto const& test : cases) {
     ASSERT_EQ(0, run({"25", "20"}).status);

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <map>
+#include <sys/resource.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -11,6 +12,7 @@
 #include "kz/io/BufferedReader.h"
 #include "kz/io/FileDescriptor.h"
 #include "kz/io/InputStreamReader.h"
+#include "kz/util/StringTokenizer.h"
 
 using kz::String;
 using Texts = std::vector<std::string>;
@@ -74,6 +76,45 @@ TEST(Reader, KeepsNoMoreOfALineThanItsLimit) {
     }
     EXPECT_EQ(lines, "12345|12345~abcde~fghij~k|12345~") << bufferSize;
   }
+}
+
+// A line without an end, nearly.
+struct Endless : kz::io::InputStream {
+  std::size_t read(char* bytes, std::size_t count) override {
+    std::fill_n(bytes, count, 'x');
+    given += count;
+    return given < 200'000'000 ? count : 0;
+  }
+  std::size_t given = 0;
+};
+
+long mostMemory() {
+  struct rusage use {};
+  getrusage(RUSAGE_SELF, &use);
+  return use.ru_maxrss;
+}
+
+TEST(Reader, ReadsOverAnyLineInTheSameMemory) {
+  const kz::Reference<kz::io::Reader> characters(
+      new kz::io::InputStreamReader(new Endless, nullptr, 2048));
+  kz::io::BufferedReader reader(characters.get(), 2048);
+  const long before = mostMemory();
+  String line;
+  EXPECT_EQ(reader.readLine(line, 65536), 65536);
+  reader.skipRest();
+  EXPECT_EQ(reader.readLine(line, 65536), -1);
+  EXPECT_LT(mostMemory() - before, 10'000) << "kilobytes";
+}
+
+TEST(Text, IsTakenApart) {
+  std::string all;
+  kz::util::StringTokenizer words(" a  b;c ", L" ;"), everything(" a;;b", L" ;", true);
+  while (words.hasMoreTokens()) all += words.nextToken().getBytes() + "|";
+  while (everything.hasMoreTokens()) all += everything.nextToken().getBytes() + "|";
+  EXPECT_EQ(all, "a|b|c| |a|;|;|b|");
+  const String text("abcd");
+  EXPECT_EQ((text.substring(1) + "|" + text.substring(1, 2) + "|" + text.substring(9)).getBytes(),
+            "bcd|bc|");
 }
 
 TEST(Writer, WaitsForASlowReader) {

@@ -81,6 +81,16 @@ void write(char const* content, std::string const& language = "") {
   inChild([&] { return writeFile(path(language), content), 0; });
 }
 
+TEST_F(Bundle, GivesTheFirstTextThatIsAccepted) {
+  language = kz::i18n::Locale("de_DE");
+  writeFile(path("_de_DE"), "KEY=no");
+  writeFile(path("_de"), "KEY=yes, in German");
+  writeFile(path(), "KEY=yes\nBASE=no");
+  const auto accepts = [](kz::String const& text) { return text.charAt(0) == L'y'; };
+  EXPECT_EQ(bundle()->getString("KEY", accepts).getBytes(), "yes, in German");
+  EXPECT_THROW(bundle()->getString("BASE", accepts), kz::Exception);
+}
+
 TEST_F(Bundle, IsSeenAsItIsNowAndNotReadAgainWithoutNeed) {
   language = kz::i18n::Locale("de");
   const std::pair<std::function<void()>, char const*> steps[] = {
@@ -91,7 +101,13 @@ TEST_F(Bundle, IsSeenAsItIsNowAndNotReadAgainWithoutNeed) {
       {[] { write("KEY=language", "_de"); }, "language"},
       {[] { std::filesystem::remove(path("_de")); }, "six"},
       {[] { std::filesystem::remove(path()); }, "no bundle"},
-      {[] { write("KEY=back"); }, "back"}};
+      // A file that was there long before.
+      {[] { std::filesystem::create_symlink("KNOB.properties", path()); }, "no key"},
+      {[] { std::filesystem::remove(path()); }, "no bundle"},
+      {[] { write("KEY=link", "~"), std::filesystem::create_symlink(path("~"), path()); }, "link"},
+      {[] { write("KEY=file", "~"); }, "file"},
+      {[] { std::filesystem::remove(path("~")); }, "no bundle"},
+      {[] { std::filesystem::remove(path()), write("KEY=back"); }, "back"}};
   for (auto const& [change, text] : steps) {
     change();
     EXPECT_EQ(lookUp("KEY"), text);
@@ -99,6 +115,7 @@ TEST_F(Bundle, IsSeenAsItIsNowAndNotReadAgainWithoutNeed) {
   }
   const kz::Reference<StringBundle> read = bundle();
   write("a neighbour", "_de_DE");
+  write("KEY=back");
   EXPECT_EQ(bundle().get(), read.get());
   write("KEY=text");
   EXPECT_NE(bundle().get(), read.get());

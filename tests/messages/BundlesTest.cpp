@@ -5,6 +5,8 @@
 #include <map>
 #include <sstream>
 
+#include "kz/String.h"
+#include "output/MessageArguments.h"
 #include "support/TempFolder.h"
 
 namespace {
@@ -25,38 +27,28 @@ Texts read(std::istream&& lines, std::string const& prefix = "") {
   return texts;
 }
 
-const Texts kProgram = read(std::ifstream(kSource + "/share/knob/KNOB.properties"), "KNOB_");
-const Texts kStatuses =
-    read(std::ifstream(kSource + "/share/knob/TNMSG.properties"), "KZ_MSG_P_E_");
-
-// Each key of the program's bundle with the kinds of its arguments: t a text, n a number.
-Texts keys() {
-  std::string words =
-      "ACCESS_ERROR= COPYRIGHT= ERR_CREATE_FILE=ttn ERR_FILE_NOT_CREATED= ERR_INTERACTIVE_INPUT= "
-      "ERR_INVALID_COMMAND= ERR_INVALID_VALUE=tn ERR_READ_FILE=ttn ERR_SKIP_STG=t ERR_STG_VALUE=tn "
-      "ERR_VALUE_NOT_FOUND=n FATAL_ERROR=n FILE_IN_USE_ERROR= FILE_NOT_FOUND_ERROR= "
-      "HDR_CATEGORY=ntn "
-      "HDR_CLIENT= HDR_COUNT=n HDR_MATCH_STG=t HDR_QRY_STRING=t HDR_SERVER= INFO_MAX_DISK= "
-      "INFO_MAX_MEM= "
-      "INFO_MAX_MEM_DISK= INFO_NO_MATCH=t INFO_OVERWRITE=t INFO_RESTART= INFO_STG_UPDATED=n "
-      "INFO_STG_UPDATED_FILE=t INFO_STGS_WRITTEN=t INVALID_SETTING_VALUE= MISSING_OPTION_VALUE=t "
-      "NAME=t READING_ENDED_ON_ERROR=t TAG_BOOL_OPTIONS=tt TAG_DEF_VALUE=t TAG_DESC=tt TAG_ID= "
-      "TAG_OPTIONS= TAG_RANGE=nt TAG_VALUE= UNKNOWN_OPTION=t USAGE= WRITE_SETTING_ERROR=nt";
-  std::replace(words.begin(), words.end(), ' ', '\n');
-  return read(std::istringstream(words));
+Texts bundle(std::string const& name, std::string const& prefix) {
+  return read(std::ifstream(kSource + "/share/knob/" + name + ".properties"), prefix);
 }
 
-// The kinds of the conversions in order; ? for one that the program passes no argument for.
-std::string kindsOf(std::string const& text) {
-  std::string kinds;
-  for (std::size_t at = 0; (at = text.find('%', at)) != std::string::npos; ++at) {
-    const std::size_t flags = ++at;
-    at = std::min(text.find_first_not_of("#0- +123456789", flags), text.size());
-    const char kind = at < text.size() ? text[at] : '?';
-    if (kind == '%' && at == flags) continue;
-    kinds += kind == 's' ? 't' : kind == 'd' || kind == 'X' ? 'n' : '?';
-  }
-  return kinds;
+const Texts kProgram = bundle("KNOB", "KNOB_");
+const Texts kStatuses = bundle("TNMSG", "KZ_MSG_P_E_");
+
+// Each key of the program's bundle with the kinds of its arguments.
+Texts keys() {
+  Texts keys;
+  for (auto const& [key, kinds] : MessageArguments::table()) keys.emplace(key, kinds);
+  return keys;
+}
+
+// Whether the text's conversions are exactly these, and it fits the program's buffers.
+bool takes(std::string const& kinds, std::string const& raw) {
+  const kz::String text(raw);
+  const auto suffice = [&text](std::string const& given) {
+    return MessageArguments::suffice(given, text.characters());
+  };
+  return suffice(kinds) && (kinds.empty() || !suffice(kinds.substr(0, kinds.size() - 1))) &&
+         !raw.empty() && raw.size() <= 1023;
 }
 
 // What stands after each occurrence of the beginning, as far as it is made of these characters.
@@ -73,13 +65,28 @@ std::vector<std::string> scan(std::string const& text, std::string const& beginn
 TEST(Bundles, GiveEachKeyATextThatTakesItsArguments) {
   Texts expected = keys();
   expected.merge(Texts{{"8002", ""}, {"8004", ""}});
-  Texts kinds;
-  for (auto const& [key, text] : kProgram) {
-    kinds[key] = kindsOf(text);
-    EXPECT_TRUE(!text.empty() && text.size() <= 1023) << key << " does not fit the buffer";
+  for (auto const& [key, kinds] : expected) {
+    EXPECT_TRUE(kProgram.contains(key) && takes(kinds, kProgram.at(key))) << key;
   }
-  EXPECT_EQ(kinds, expected);
+  EXPECT_EQ(kProgram.size(), expected.size());
   EXPECT_EQ(kProgram.at("NAME").find('%'), 22U) << "the version is what comes after 22 characters";
+}
+
+TEST(Bundles, AreTranslatedKeyByKey) {
+  for (auto const& entry : std::filesystem::directory_iterator(kSource + "/share/knob")) {
+    const std::string file = entry.path().stem();
+    const std::size_t underscore = file.find('_');
+    if (entry.path().extension() != ".properties" || underscore == file.npos) continue;
+    const bool statuses = file.substr(0, underscore) == "TNMSG";
+    for (auto const& [key, text] : bundle(file, statuses ? "KZ_MSG_P_E_" : "KNOB_")) {
+      const std::string kinds(MessageArguments::of(key).value_or(""));
+      EXPECT_TRUE((statuses ? kStatuses : kProgram).contains(key) && takes(kinds, text))
+          << file << ": " << key;
+      // A settings file is found by them, so a file would be one of its language alone.
+      EXPECT_TRUE(key != "TAG_ID" && key != "TAG_VALUE") << file << " translates " << key;
+      EXPECT_TRUE(key != "NAME" || kz::String(text).indexOf("%", 0, false) == 22) << file;
+    }
+  }
 }
 
 TEST(Bundles, AreAskedForTheirKeysAndNoOthers) {
@@ -102,7 +109,7 @@ TEST(Bundles, GiveEachStatusASentence) {
   for (auto const& [status, text] : kStatuses) {
     described.push_back(status);
     EXPECT_TRUE(text.ends_with('.') && isupper(text[0])) << status << " is no sentence";
-    EXPECT_TRUE(text.find('%') == text.npos && text.size() <= 1023) << status;
+    EXPECT_TRUE(takes("", text)) << status;
   }
   std::vector<std::string> defined;
   for (std::string const& digits : scan(interface, " = 7", "0123456789")) {

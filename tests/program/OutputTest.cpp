@@ -1,17 +1,24 @@
 #include <gtest/gtest.h>
 
 #include "output/CMSGStrings.h"
+#include "output/MessageArguments.h"
 #include "output/MessageHelper.h"
 #include "support/Process.h"
 #include "support/TempFolder.h"
 
 namespace {
 
+// The language is that of the first look at it, in whichever test; no bundle but those here has it.
+[[maybe_unused]] const int kLanguage = setenv("LC_ALL", "xx_YY.UTF-8", 1);
+
 // A bundle of the test's own.
 struct Bundle {
-  explicit Bundle(std::string const& content) { writeFile(path, content); }
+  explicit Bundle(std::string const& content, std::string const& language = "")
+      : path(programFolder() + "/../share/knob/TEST_output" + language + ".properties") {
+    writeFile(path, content);
+  }
   ~Bundle() { std::filesystem::remove(path); }
-  const std::string path = programFolder() + "/../share/knob/TEST_output.properties";
+  const std::string path;
 };
 
 template <typename... Arguments>
@@ -29,6 +36,35 @@ TEST(MessageHelper, CompletesTextsAndNeverFails) {
   EXPECT_EQ(say("TEXT", (x2045 + "\u00e4x").c_str()), x2045 + "\u00e4");
   EXPECT_EQ(say("TEXT", (x2045 + "\U0001F600").c_str()), x2045);
   EXPECT_EQ(say("TEXT", (x2045 + "\x80\x80\x80").c_str()), x2045 + "\x80\x80");
+}
+
+TEST(MessageHelper, FormatsNoTextThatAsksForMoreThanItsKeyHas) {
+  // ERR_READ_FILE has a text, a text and a number.
+  const auto kinds = MessageArguments::of("ERR_READ_FILE");
+  const struct {
+    wchar_t const* text;
+    bool right;
+  } cases[] = {
+      {L"", true},         {L"100%%", true},         {L"%s %s %d", true},  {L"%-9s%.3s", true},
+      {L"%s%s%08X", true}, {L"%s %s % 'i %%", true}, {L"%s%s%d%s", false}, {L"%d", false},
+      {L"%s %d", false},   {L"%s%s%s", false},       {L"%s%n", false},     {L"%*s", false},
+      {L"%.*s", false},    {L"%1$s", false},         {L"%ls", false},      {L"%s%s%ld", false},
+      {L"%s%s%c", false},  {L"%s%s%f", false},       {L"%m", false},       {L"100%", false},
+      {L"%s %", false},    {L"%.", false},           {L"%99999s", false},  {L"%.99999s", false},
+      {L"%5%", false},     {L"%%%%%s%%%d", false}};
+  for (auto const& [text, right] : cases) {
+    EXPECT_EQ(MessageArguments::suffice(*kinds, text), right) << kz::String(text).getBytes();
+  }
+}
+
+TEST(MessageHelper, TakesTheTextOfALessSpecialLanguageForOneThatAsksForTooMuch) {
+  const Bundle special("TEST_HDR_COUNT=%d %s\nTEST_TAG_RANGE=%s\nTEST_7001=%d of %%", "_xx_YY");
+  const Bundle language("TEST_HDR_COUNT=%n\nTEST_TAG_RANGE=ab %d", "_xx");
+  const Bundle base("TEST_HDR_COUNT=%d settings\nTEST_TAG_RANGE=%d to %s\nTEST_NAME=%d");
+  EXPECT_EQ(say("HDR_COUNT", 5), "5 settings");
+  EXPECT_EQ(say("TAG_RANGE", 1, "x"), "ab 1");
+  EXPECT_EQ(say("NAME", "1.0"), "TEST_NAME");
+  EXPECT_EQ(say("7001"), "%d of %%");
 }
 
 TEST(CMSGStrings, MakesKeysAndDialogs) {

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <ctime>
 #include <fcntl.h>
+#include <filesystem>
 #include <list>
 #include <map>
 #include <optional>
@@ -12,7 +14,6 @@
 
 #include "kz/Exception.h"
 #include "kz/io/FileDescriptor.h"
-#include "kz/io/FolderWatch.h"
 #include "kz/util/FilePath.h"
 
 namespace kz::i18n {
@@ -21,7 +22,10 @@ namespace {
 constexpr std::string_view kBlanks = " \t";
 
 std::string const& folder() {
-  static const std::string path = util::FilePath::getProgramDir().getBytes() + "/../share/knob";
+  // Without "..", which every look at a file would have to resolve again.
+  static const std::string path =
+      std::filesystem::path(util::FilePath::getProgramDir().getBytes()).parent_path() /
+      "share/knob";
   return path;
 }
 
@@ -31,22 +35,22 @@ struct FileState {
   ino_t number = 0;  // 0: the file does not exist
   off_t size = 0;
   timespec modified{}, changed{};
-  bool isLink = false;  // to a file that lies elsewhere, where nobody watches it
 
   static FileState of(std::string const& path) {
     struct stat entry {};
-    if (lstat(path.c_str(), &entry) != 0) return {};
-    const bool isLink = S_ISLNK(entry.st_mode);
-    if (isLink && stat(path.c_str(), &entry) != 0) entry = {};
-    return {entry.st_dev, entry.st_ino, entry.st_size, entry.st_mtim, entry.st_ctim, isLink};
+    if (stat(path.c_str(), &entry) != 0) return {};
+    return {entry.st_dev, entry.st_ino, entry.st_size, entry.st_mtim, entry.st_ctim};
   }
   bool operator==(FileState const& other) const {
     const auto same = [](timespec const& left, timespec const& right) {
       return left.tv_sec == right.tv_sec && left.tv_nsec == right.tv_nsec;
     };
-    return isLink == other.isLink && device == other.device && number == other.number &&
-           size == other.size && same(modified, other.modified) && same(changed, other.changed);
+    return device == other.device && number == other.number && size == other.size &&
+           same(modified, other.modified) && same(changed, other.changed);
   }
+  // Whether any later change will show: a file system may keep times no finer than two seconds, so
+  // that a second change within them leaves the file with the same times.
+  bool isSettled() const { return number == 0 || changed.tv_sec + 2 < std::time(nullptr); }
 };
 
 std::string readFile(std::string const& path) {
@@ -102,25 +106,11 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(0, text.find_last_not_of(kBlanks) + 1);
 }
 
-// Counts the changes in the bundles' folder, so that each bundle knows whether it has to look.
-long folderGeneration() {
-  static io::FolderWatch watch(folder());
-  static long generation = 0;
-  if (watch.perhapsChanged()) ++generation;
-  return generation;
-}
-
 }  // namespace
-
-struct StringBundle::Source {
-  std::string path;
-  FileState state;
-  bool operator==(Source const&) const = default;
-};
 
 class StringBundle::Texts {
  public:
-  explicit Texts(std::string const& path) : content_(readFile(path)) {
+  explicit Texts(std::string content) : content_(std::move(content)) {
     std::string_view rest = content_;
     while (!rest.empty()) {
       const std::size_t end = std::min(rest.find('\n'), rest.size());
@@ -129,11 +119,11 @@ class StringBundle::Texts {
     }
   }
 
-  std::optional<String> find(std::string const& key) {
+  String const* find(std::string_view key) {
     const auto text = texts_.find(key);
-    if (text == texts_.end()) return std::nullopt;
+    if (text == texts_.end()) return nullptr;
     if (!text->second.decoded) text->second.decoded = unescaped(text->second.raw);
-    return text->second.decoded;
+    return &*text->second.decoded;
   }
 
  private:
@@ -155,29 +145,44 @@ class StringBundle::Texts {
   std::map<std::string_view, Text> texts_;  // parts of the content
 };
 
-std::vector<StringBundle::Source> StringBundle::sources(std::string const& name,
-                                                        Locale const& locale) {
+// One file of a bundle, as it was when it was last looked at.
+struct StringBundle::Source {
+  std::string path;
+  FileState state{};
+  bool settled = false;
+  std::optional<std::string> content{};
+  int status = kStatusFileNotFound;  // why there is no content
+
+  // Whether the content is another than it was.
+  bool look() {
+    const FileState now = FileState::of(path);
+    if (settled && now == state) return false;
+    Source fresh{path, now, now.isSettled()};
+    try {
+      if (now.number != 0) fresh.content = readFile(path);
+    } catch (ResultException const& failure) {
+      fresh.status = failure.getResult();
+    }
+    std::swap(*this, fresh);
+    return content != fresh.content;
+  }
+};
+
+std::vector<StringBundle::Source> StringBundle::sources(String const& name, Locale const& locale) {
   std::vector<std::string> suffixes = locale.suffixes();
   suffixes.emplace_back();
   std::vector<Source> sources;
   for (std::string const& suffix : suffixes) {
-    std::string path = folder();
-    path.append("/").append(name).append(suffix).append(".properties");
-    sources.push_back({path, FileState::of(path)});
+    sources.push_back({folder() + "/" + name.getBytes() + suffix + ".properties"});
   }
   return sources;
 }
 
 StringBundle::StringBundle(std::vector<Source> const& sources) {
+  // A language that cannot be read is a language that is not there.
+  if (!sources.back().content) throw ResultException(sources.back().status);
   for (Source const& source : sources) {
-    const bool required = &source == &sources.back();
-    if (source.state.number == 0 && !required) continue;
-    try {
-      texts_.push_back(std::make_unique<Texts>(source.path));
-    } catch (ResultException const&) {
-      // A language that cannot be read is a language that is not there.
-      if (required) throw;
-    }
+    if (source.content) texts_.push_back(std::make_unique<Texts>(*source.content));
   }
 }
 
@@ -187,37 +192,34 @@ Reference<StringBundle> StringBundle::getBundle(String const& name, Locale const
   struct Entry {
     String name;
     std::vector<std::string> suffixes;
-    long generation = 0;
     std::vector<Source> sources;
     Reference<StringBundle> bundle;
   };
   static std::list<Entry> cache;
 
   Locale const& language = locale != nullptr ? *locale : Locale::getDefault();
-  auto known = std::find_if(cache.begin(), cache.end(), [&](Entry const& candidate) {
+  const auto known = std::find_if(cache.begin(), cache.end(), [&](Entry const& candidate) {
     return candidate.name == name && candidate.suffixes == language.suffixes();
   });
-  if (known == cache.end())
-    known = cache.insert(known, Entry{name, language.suffixes(), 0, {}, {}});
-  Entry& entry = *known;
-  const long generation = folderGeneration();
-  const bool watched = std::none_of(entry.sources.begin(), entry.sources.end(),
-                                    [](Source const& source) { return source.state.isLink; });
-  if (entry.bundle && watched && entry.generation == generation) return entry.bundle;
-  std::vector<Source> found = sources(name.getBytes(), language);
-  if (!entry.bundle || found != entry.sources) {
-    entry.bundle = {};  // a bundle that is gone stays gone when reading it throws
-    entry.bundle = Reference<StringBundle>(new StringBundle(found));
-    entry.sources = std::move(found);
+  Entry& entry =
+      known != cache.end()
+          ? *known
+          : cache.emplace_back(Entry{name, language.suffixes(), sources(name, language), {}});
+  for (Source& source : entry.sources) {
+    if (source.look()) entry.bundle = {};
   }
-  entry.generation = generation;
+  if (!entry.bundle) entry.bundle = Reference<StringBundle>(new StringBundle(entry.sources));
   return entry.bundle;
 }
 
 String StringBundle::getString(String const& key) const {
-  const std::string wanted = key.getBytes();
+  return getString(key.getBytes(), [](String const&) { return true; });
+}
+
+String StringBundle::getString(std::string const& key, Accepts const& accepts) const {
   for (std::unique_ptr<Texts> const& texts : texts_) {
-    if (const std::optional<String> text = texts->find(wanted)) return *text;
+    String const* const text = texts->find(key);
+    if (text != nullptr && accepts(*text)) return *text;
   }
   throw Exception("no text for the key " + key);
 }

@@ -7,11 +7,13 @@
 // the rest of the line is the text. \t, \n, \\ and \uXXXX are escapes; empty lines and lines that
 // begin with "#" are skipped. The last line of a key holds.
 //
-// A bundle that is installed, changed or removed while the program runs is seen by the next
-// getBundle(); one that has not changed is not read again.
+// A bundle that is installed, changed, replaced or removed while the program runs is seen by the
+// next getBundle(), which asks the system for the state of each of its files; one that has not
+// changed is not parsed again.
 #ifndef KNOB_KZ_I18N_STRING_BUNDLE_H
 #define KNOB_KZ_I18N_STRING_BUNDLE_H
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -34,13 +36,18 @@ class StringBundle : public Object {
   // Throws Exception when the key is in none of the bundle's files.
   String getString(String const& key) const;
 
+  // The same, but a text that is not accepted counts as not there: texts are offered from that of
+  // the most special language on.
+  using Accepts = std::function<bool(String const& text)>;
+  String getString(std::string const& key, Accepts const& accepts) const;
+
  private:
   struct Source;
   // One file: its lines are told apart when it is read, and a text is unescaped when it is first
   // asked for; most runs ask for a few.
   class Texts;
 
-  static std::vector<Source> sources(std::string const& name, Locale const& locale);
+  static std::vector<Source> sources(String const& name, Locale const& locale);
   explicit StringBundle(std::vector<Source> const& sources);
 
   std::vector<std::unique_ptr<Texts>> texts_;  // the most special language first

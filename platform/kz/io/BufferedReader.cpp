@@ -34,6 +34,10 @@ void BufferedReader::skipRest() {
   cut_ = false;
 }
 
+void BufferedReader::skip(wchar_t character) {
+  if (available() && buffer_[position_] == character) ++position_;
+}
+
 bool BufferedReader::available() { return position_ < buffer_.size() || fill(); }
 
 bool BufferedReader::endLine() noexcept {

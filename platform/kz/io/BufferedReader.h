@@ -27,6 +27,8 @@ class BufferedReader : public Object {
   bool isCut() const noexcept { return cut_; }
   // Reads to the end of a line that was cut, keeping nothing.
   void skipRest();
+  // Steps over the character if it comes next.
+  void skip(wchar_t character);
 
  private:
   // Whether there is a character at the position.

@@ -1,10 +1,7 @@
-// A file that is read: a regular file, a device, or a pipe. A directory is refused. A named pipe
-// that nobody has opened for writing within ten seconds is refused rather than waited for without
-// end.
+// A file that is read: a regular file, a device, or a pipe; a named pipe is waited for until a
+// program opens it for writing. A directory is refused.
 #ifndef KNOB_KZ_IO_FILE_INPUT_STREAM_H
 #define KNOB_KZ_IO_FILE_INPUT_STREAM_H
-
-#include <optional>
 
 #include "kz/String.h"
 #include "kz/io/FileDescriptor.h"
@@ -16,13 +13,12 @@ class FileInputStream : public InputStream {
  public:
   explicit FileInputStream(String const& name);
 
-  std::size_t read(char* bytes, std::size_t count) override;
+  std::size_t read(char* bytes, std::size_t count) override {
+    return readSome(file_.get(), bytes, count);
+  }
 
  private:
-  void awaitWriter();
-
   FileDescriptor file_;
-  std::optional<char> first_;  // read while waiting for a writer
 };
 
 }  // namespace kz::io

@@ -13,6 +13,16 @@ OutputStreamWriter::OutputStreamWriter(OutputStream* stream, wchar_t const* enco
 
 void OutputStreamWriter::write(String const& text) {
   utf8::encode(text.characters(), buffer_);
+  flushIfFull();
+}
+
+void OutputStreamWriter::writeLine(String const& text) {
+  utf8::encode(text.characters(), buffer_);
+  buffer_ += '\n';
+  flushIfFull();
+}
+
+void OutputStreamWriter::flushIfFull() {
   if (buffer_.size() >= bufferSize_) flush();
 }
 

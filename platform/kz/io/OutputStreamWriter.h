@@ -21,10 +21,13 @@ class OutputStreamWriter : public Writer {
   OutputStreamWriter(OutputStream* stream, wchar_t const* encoding, long bufferSize);
 
   void write(String const& text) override;
+  void writeLine(String const& text) override;
   void flush() override;
   void close() override;
 
  private:
+  void flushIfFull();
+
   Reference<OutputStream> stream_;
   std::size_t bufferSize_;
   std::string buffer_;

@@ -15,8 +15,7 @@ class PrintWriter : public Object {
   void print(String const& text) { writer_->write(text); }
   // The text and a line feed.
   void println(String const& text) {
-    static const String lineEnd("\n");
-    print(text + lineEnd);
+    writer_->writeLine(text);
     if (autoFlush_) flush();
   }
   void flush() { writer_->flush(); }

@@ -4,8 +4,9 @@
 
 namespace kz::util {
 
-StringTokenizer::StringTokenizer(String const& text, wchar_t const* delimiters)
-    : text_(text), delimiters_(delimiters) {
+StringTokenizer::StringTokenizer(String const& text, wchar_t const* delimiters,
+                                 bool returnDelimiters)
+    : text_(text), delimiters_(delimiters), returnDelimiters_(returnDelimiters) {
   skipDelimiters();
 }
 
@@ -13,6 +14,8 @@ String StringTokenizer::nextToken() {
   const std::wstring& text = text_.characters();
   const std::size_t start = position_;
   position_ = std::min(text.find_first_of(delimiters_, start), text.size());
+  // Where a delimiter comes next, it is the part: without it there would be none.
+  if (position_ == start && hasMoreTokens()) ++position_;
   const std::size_t length = position_ - start;
   skipDelimiters();
   return text.substr(start, length);
@@ -26,6 +29,7 @@ int StringTokenizer::countTokens() const {
 }
 
 void StringTokenizer::skipDelimiters() noexcept {
+  if (returnDelimiters_) return;
   position_ = std::min(text_.characters().find_first_not_of(delimiters_, position_),
                        text_.characters().size());
 }

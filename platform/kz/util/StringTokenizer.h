@@ -1,4 +1,5 @@
-// The parts of a text between delimiter characters. Empty parts are not returned.
+// The parts of a text between delimiter characters. Empty parts are not returned; the delimiters
+// are, each as a part of its own, when that is asked for.
 #ifndef KNOB_KZ_UTIL_STRING_TOKENIZER_H
 #define KNOB_KZ_UTIL_STRING_TOKENIZER_H
 
@@ -8,7 +9,7 @@ namespace kz::util {
 
 class StringTokenizer {
  public:
-  StringTokenizer(String const& text, wchar_t const* delimiters);
+  StringTokenizer(String const& text, wchar_t const* delimiters, bool returnDelimiters = false);
 
   bool hasMoreTokens() const noexcept { return position_ < text_.characters().size(); }
   // Empty when there are no more.
@@ -21,6 +22,7 @@ class StringTokenizer {
 
   String text_;
   std::wstring delimiters_;
+  bool returnDelimiters_;
   std::size_t position_ = 0;
 };
 
