@@ -11,7 +11,7 @@ namespace {
 struct Bundle {
   explicit Bundle(std::string const& content) { writeFile(path, content); }
   ~Bundle() { std::filesystem::remove(path); }
-  const std::string path = programFolder() + "/../share/knob/TEST_output.properties";
+  const std::string path = programFolder() + "/" KNOB_BUNDLE_PATH "/TEST_output.properties";
 };
 
 template <typename... Arguments>

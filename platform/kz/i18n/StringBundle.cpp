@@ -21,7 +21,7 @@ namespace {
 constexpr std::string_view kBlanks = " \t";
 
 std::string const& folder() {
-  static const std::string path = util::FilePath::getProgramDir().getBytes() + "/../share/knob";
+  static const std::string path = util::FilePath::getProgramDir().getBytes() + "/" KNOB_BUNDLE_PATH;
   return path;
 }
 
