@@ -364,7 +364,7 @@ synchronous_standby_names=FIRST 1 ("x y", b)|post_auth_delay=0|)");
   for (std::string line; std::getline(failures, line);) {
     const bool expected = line.find("no value") != std::string::npos ||
                           line.find("7413: ") != std::string::npos ||
-                          line.find("There is no setting") != std::string::npos;
+                          line.find("Unknown setting ID") != std::string::npos;
     EXPECT_TRUE(expected) << line;
   }
   other.restart();
