@@ -1,8 +1,5 @@
 # Flags of every target: warnings, hardening, sanitizers.
 
-set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
-set(CMAKE_C_FLAGS_RELEASE "-O2 -DNDEBUG")
-
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion)
 if(KNOB_WERROR)
   add_compile_options(-Werror)
@@ -14,7 +11,8 @@ if(KNOB_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 else()
   add_compile_options(-fstack-protector-strong)
-  if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+  # Needs optimisation, and a packager may have asked for another level.
+  if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug" AND NOT CMAKE_CXX_FLAGS MATCHES "-O0|_FORTIFY_SOURCE")
     add_compile_options(-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
   endif()
   # Loading the shared C++ runtime and resolving names in it costs more than a whole run of the

@@ -1,10 +1,11 @@
 # What the scripts share. Sourced by them; expects `root` to be the folder of the project.
 
 build_packages="cmake ninja-build g++ libsqlite3-dev libpq-dev"
-test_packages="libgtest-dev nlohmann-json3-dev postgresql-15 locales"
+test_packages="libgtest-dev nlohmann-json3-dev postgresql-15 locales pkgconf"
 check_packages="clang clang-format clang-tidy git"
 
-# install PACKAGE...: installs the Debian packages that are missing. Prints on standard error only.
+# install PACKAGE...: installs the Debian packages that are missing. Services among them are not
+# started: the tests need their programs only. Prints on standard error only.
 install() {
   local missing=() package
   for package in "$@"; do
@@ -15,9 +16,16 @@ install() {
   echo "Installing: ${missing[*]}" >&2
   local as_root=()
   [ "$(id -u)" -eq 0 ] || as_root=(sudo)
-  "${as_root[@]}" apt-get update -qq >&2
-  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
-    apt-get install -y -qq --no-install-recommends "${missing[@]}" >&2
+  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive sh -ec '
+    policy=/usr/sbin/policy-rc.d
+    if [ ! -e $policy ] && [ ! -L $policy ]; then
+      trap "rm -f $policy" EXIT
+      trap "exit 1" HUP INT TERM
+      printf "#!/bin/sh\nexit 101\n" > $policy
+      chmod 755 $policy
+    fi
+    apt-get update -qq
+    apt-get install -y -qq --no-install-recommends "$@"' install "${missing[@]}" >&2
 }
 
 # build FOLDER TARGET...: builds, silently when there is nothing to do. Fails when the build fails

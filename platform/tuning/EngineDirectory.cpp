@@ -59,9 +59,14 @@ std::string libraryFolder() {
   return slash == std::string_view::npos ? "." : std::string(file.substr(0, slash));
 }
 
+// The folder of the modules as CMake lays out both trees, seen from this library's.
+std::string modulePath(const char* fileName) {
+  return libraryFolder() + "/" KNOB_MODULE_PATH "/" + fileName;
+}
+
 // Never closed again: what the module's client library leaves behind at exit stays callable.
 void* loadModule(const char* fileName) {
-  const std::string path = libraryFolder() + "/knob/" + fileName;
+  const std::string path = modulePath(fileName);
   void* module = dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL);
   if (module == nullptr) {
     const bool absent = access(path.c_str(), F_OK) != 0 && errno == ENOENT;

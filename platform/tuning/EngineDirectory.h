@@ -6,7 +6,8 @@
 //   postgresql://...  postgres://...             a PostgreSQL server, through an engine module
 //
 // Host names are compared without regard to case, prefixes exactly. Engine modules lie in the
-// folder `knob` next to this library and stay loaded once they are.
+// folder `knob` next to this library, or beside it where its own folder has that name, and stay
+// loaded once they are.
 #ifndef KNOB_TUNING_ENGINE_DIRECTORY_H
 #define KNOB_TUNING_ENGINE_DIRECTORY_H
 

@@ -7,6 +7,8 @@ constexpr int kNameLength = 22;
 
 }  // namespace
 
+const char JsonHeader::VERSION[] = KNOB_VERSION;
+
 JsonHeader::JsonHeader(MessageHelper const& messages)
     : version(messages.getResStr("NAME", VERSION).remove(0, kNameLength)),
       copyright(messages.getResStr("COPYRIGHT")) {}

@@ -9,7 +9,8 @@
 
 class JsonHeader {
  public:
-  static constexpr char VERSION[] = "15.21.016.000";
+  // The project's, with three digits in the last two places: "15.21.016.000".
+  static const char VERSION[];
 
   // Fetches the version and copyright texts.
   explicit JsonHeader(MessageHelper const& messages);

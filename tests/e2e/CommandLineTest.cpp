@@ -14,8 +14,8 @@ using nlohmann::json;
 const std::string kBanner =
     "Configuration Utility 15.21.016.000\nCopyright (c) 2026 The knob developers\n\n";
 const std::string kInvalid =
-    "The arguments do not make up a command, or an id or value that has to be a number is none or "
-    "is too large.\n";
+    "Invalid command: wrong combination of arguments, or an ID or value that is not a number or is "
+    "out of range.\n";
 
 TEST(CommandLine, ReportsMisuseInTheChosenForm) {
   const struct {
@@ -26,11 +26,11 @@ TEST(CommandLine, ReportsMisuseInTheChosenForm) {
     bool banner = true;
   } cases[] = {
       {{}, 0, "", "-"},
-      {{"--Username", "x"}, 1, "There is no option --Username.\n", "-", false},
+      {{"--Username", "x"}, 1, "Unknown option: --Username\n", "-", false},
       {{"25", "12abc"}, 1, kInvalid, "-"},
       {{"-O", "a", "-I", "b"}, 0, kInvalid, "-"},
       {{"-json"}, 0, "", ""},
-      {{"25", "-Json"}, 1, "", "There is no option -Json."},
+      {{"25", "-Json"}, 1, "", "Unknown option: -Json"},
       {{"-JSON", "abc"}, 1, "", "Invalid Command"},
   };
   TempFolder home;

@@ -93,15 +93,16 @@ TEST_F(SettingsFile, OfAnUntouchedEngineChangesNothing) {
                          "\tSetting ID: 25\n\tCurrent Value: 20\n\tRange: 0 to 3600\n"
                          "\tDefault Value: 20\n\tDescription (server setting): Seconds"),
             content.npos);
-  EXPECT_TRUE(content.ends_with("\n\tThe settings were written to the file " +
-                                (home / "new//folder/export") + ".\n"));
+  EXPECT_TRUE(
+      content.ends_with("\n\tSettings exported to " + (home / "new//folder/export") + ".\n"));
   const Outcome run = import(content);
   EXPECT_EQ(0, run.status);
   EXPECT_EQ("", run.err);
-  EXPECT_TRUE(run.out.ends_with("\n\nThe settings of the file " + (home / "import") +
-                                " were applied, except where a message says otherwise.\nChanges "
-                                "that need a restart take effect when the "
-                                "engine is started again.\n"))
+  EXPECT_TRUE(
+      run.out.ends_with("\n\nImport of " + (home / "import") +
+                        " finished. Settings that were not applied are reported on standard "
+                        "error.\nChanges that require a restart take effect when the engine is "
+                        "restarted.\n"))
       << run.out;
   EXPECT_FALSE(std::filesystem::exists(home / "state"));
 }
@@ -152,10 +153,12 @@ TEST_F(SettingsFile, IsNotReplacedWithoutAYes) {
     const Outcome outcome = process.run();
     EXPECT_EQ(0, outcome.status);
     EXPECT_EQ(test.replaced, readFile(home / "file") != "mine");
-    EXPECT_EQ(!test.replaced, outcome.out.ends_with("The file was not written.\n"));
-    EXPECT_EQ(test.warned,
-              outcome.out.find("\nThere was no answer in 25 lines; the next line decides.\n") !=
-                  std::string::npos);
+    EXPECT_EQ(!test.replaced,
+              outcome.out.ends_with("Export canceled. The file was not changed.\n"));
+    EXPECT_EQ(
+        test.warned,
+        outcome.out.find("\nNo answer after 25 lines. The next line is the last attempt.\n") !=
+            std::string::npos);
   }
   Process endless = knob(home.path(), {});
   endless.arguments = {
@@ -180,7 +183,7 @@ TEST_F(SettingsFile, ThatCannotBeWrittenOrReadIsAFailure) {
   std::filesystem::permissions(home / "locked", std::filesystem::perms{0555});
   writeFile(home / "secret", "");
   std::filesystem::permissions(home / "secret", std::filesystem::perms{0});
-  const std::string denied = "access is denied (status 0x80070005).\n";
+  const std::string denied = "permission denied (status 0x80070005).\n";
   const struct {
     std::vector<std::string> arguments;
     int status;
@@ -193,13 +196,13 @@ TEST_F(SettingsFile, ThatCannotBeWrittenOrReadIsAFailure) {
       {{"-O", "new/folder/short"}, 27, "0x8007011B", 0, 5000},
       {{"-O", home.path(), "-F"}, 21, "0x80070115"},
       // A bare name is told with its folder.
-      {{"-O", "bare"}, 1, home / "locked/bare cannot be created: " + denied, kNobody},
+      {{"-O", "bare"}, 1, "Cannot create file " + (home / "locked/bare: ") + denied, kNobody},
       {{"-O", home / "locked/folder/new"}, 1, denied, kNobody},
       {{"-I", home / "missing"},
        1,
-       "/missing cannot be read: the file or a folder on its path does not exist (status "
-       "0x80070002).\n"},
-      {{"-I", home / "secret"}, 1, "/secret cannot be read: " + denied, kNobody},
+       "Cannot read file " + (home / "missing: ") +
+           "no such file or directory (status 0x80070002).\n"},
+      {{"-I", home / "secret"}, 1, "/secret: " + denied, kNobody},
       {{"-I", home.path()}, 21, "0x80070115"},
   };
   for (auto const& test : cases) {
@@ -235,16 +238,15 @@ TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
     return reason.substr(0, reason.find('\n')) + " (Setting " + id + " was not changed.)\n";
   };
   const std::string good = setting("25", "5");
-  const std::string noValue =
-      "Setting 25 was not changed, because the file holds no value for it.\n";
-  const std::string ended = "Reading the file " + (home / "import") +
-                            " ended there. The settings before were applied; with -E the import "
-                            "goes on.\n\n";
+  const std::string noValue = "Setting 25 was not changed: the file has no value for it.\n";
+  const std::string ended = "Import of " + (home / "import") +
+                            " stopped here; earlier settings were applied. Use -E to continue past "
+                            "missing values.\n\n";
   const std::string empty = setting("25", " \t");
   const std::string wrong = setting("9999", "1") + setting("26", "x") + setting("25", "3601");
   const std::string wrongSaid =
       refused("9999", "1") +
-      "Setting 26 was not changed, because its value in the file is no number or is too large.\n" +
+      "Setting 26 was not changed: its value in the file is not a number or is out of range.\n" +
       refused("25", "3601");
   const std::string tooLong = refused("74", std::string(1024, 'x'));
   const struct {
@@ -256,7 +258,7 @@ TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
       {"", "", false},
       {std::string("\0\x80\xFF\n\0\0\n", 7) + good, "", true},
       {setting("abc", "1") + good,
-       "A setting was skipped, because its id is no number or is too large: abc\n", true},
+       "Setting skipped: its ID is not a number or is out of range: abc\n", true},
       {kIdTag + " 25\n" + kIdTag + " 28\n" + kValueTag + " 5\n", "", true},
       {kIdTag + " 25", noValue, false},
       {"\tSetting\t ID: 25\nCurrent\t Value: 5", "", true},
@@ -284,7 +286,7 @@ TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
     SCOPED_TRACE(test.content.substr(0, 80));
     EXPECT_EQ(0, outcome.status);
     EXPECT_EQ(test.err, outcome.err);
-    EXPECT_NE(outcome.out.find(" were applied, except"), std::string::npos);
+    EXPECT_NE(outcome.out.find(" finished. Settings"), std::string::npos);
     EXPECT_EQ(test.applied,
               exported().find("\tSetting ID: 25\n\tCurrent Value: 5\n") != std::string::npos);
   }

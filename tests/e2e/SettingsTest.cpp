@@ -16,7 +16,7 @@ TEST(Settings, AreValidJsonWithoutException) {
     const Outcome run = knob(home.path(), {std::to_string(id), "-JSON"}).run();
     const json setting = json::parse(run.out);
     if (run.status != 0) {
-      EXPECT_NE(setting["error"].get<std::string>().find("no setting"), std::string::npos);
+      EXPECT_NE(setting["error"].get<std::string>().find("Unknown setting ID"), std::string::npos);
       continue;
     }
     ++shown[setting["clientserver"]];
@@ -33,15 +33,15 @@ TEST(Settings, AreValidJsonWithoutException) {
 TEST(Settings, TakeAndRefuseValues) {
   TempFolder home;
   const std::string invalid =
-      "The arguments do not make up a command, or an id or value that has to be a number is none "
-      "or is too large.";
+      "Invalid command: wrong combination of arguments, or an ID or value that is not a number or "
+      "is out of range.";
   const struct {
     std::string id, value;
     std::string failure;  // the beginning of what is said; empty: the value is taken
   } cases[] = {
       {"25", "9223372036854775808", invalid},
       {"25", "", invalid},
-      {"9999", "1", "There is no setting"},
+      {"9999", "1", "Unknown setting ID"},
       {"4294967321", "11", ""},  // the low 32 bits are 25
       {"74", "", ""},
       {"74", std::string("\xF0\x9F\x94\xA7 \xC3\xA9\t\x80\xFF"), ""},

@@ -11,7 +11,7 @@ using kz::i18n::StringBundle;
 namespace {
 
 std::string path(std::string const& language = "") {
-  return programFolder() + "/../share/knob/TEST_kz" + language + ".properties";
+  return programFolder() + "/" KNOB_BUNDLE_PATH "/TEST_kz" + language + ".properties";
 }
 
 class Bundle : public testing::Test {

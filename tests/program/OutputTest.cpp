@@ -14,7 +14,7 @@ namespace {
 // A bundle of the test's own.
 struct Bundle {
   explicit Bundle(std::string const& content, std::string const& language = "")
-      : path(programFolder() + "/../share/knob/TEST_output" + language + ".properties") {
+      : path(programFolder() + "/" KNOB_BUNDLE_PATH "/TEST_output" + language + ".properties") {
     writeFile(path, content);
   }
   ~Bundle() { std::filesystem::remove(path); }

@@ -497,10 +497,10 @@ TEST_F(TuningLibrary, TakesStoreNamesLiterally) {
 // A copy of the library in a folder of its own looks for its modules there. It stays loaded, as the
 // library does not free its table of handles.
 TEST_F(TuningLibrary, TellsWhatIsWrongWithAnEngineModule) {
-  const std::string original = programFolder() + "/../lib/libtn.so.1";
-  const fs::path module = folder / "knob/libtn-postgresql.so";
+  const std::string original = programFolder() + "/" KNOB_LIBRARY_PATH "/libtn.so.1";
+  const fs::path module = folder / KNOB_MODULE_PATH / "libtn-postgresql.so";
   fs::copy_file(original, folder / "libtn.so.1");
-  fs::create_directory(folder / "knob");
+  fs::create_directories(module.parent_path());
   void* const copy = dlopen((folder / "libtn.so.1").c_str(), RTLD_NOW | RTLD_LOCAL);
   ASSERT_NE(nullptr, copy) << dlerror();
   const auto status = [&](const char* server) {

@@ -24,8 +24,8 @@ constexpr std::string_view kBlanks = " \t";
 std::string const& folder() {
   // Without "..", which every look at a file would have to resolve again.
   static const std::string path =
-      std::filesystem::path(util::FilePath::getProgramDir().getBytes()).parent_path() /
-      "share/knob";
+      (std::filesystem::path(util::FilePath::getProgramDir().getBytes()) / KNOB_BUNDLE_PATH)
+          .lexically_normal();
   return path;
 }
 

@@ -1,11 +1,12 @@
 // Texts for people, by key, from files that are installed with the program and can be edited or
 // translated without it.
 //
-// The bundle NAME is <folder of the running program>/../share/knob/NAME.properties; for the locale
-// de_DE a key is looked for in NAME_de_DE.properties and NAME_de.properties before. Files are UTF-8
-// text in lines KEY=text: the first "=" ends the key, blanks around the key and before the text go,
-// the rest of the line is the text. \t, \n, \\ and \uXXXX are escapes; empty lines and lines that
-// begin with "#" are skipped. The last line of a key holds.
+// The bundle NAME is the file NAME.properties in the folder that CMake lays out for bundles, found
+// from the folder of the running program (by default ../share/knob). For the locale de_DE a key is
+// looked for in NAME_de_DE.properties and NAME_de.properties before. Files are UTF-8 text in lines
+// KEY=text: the first "=" ends the key, blanks around the key and before the text go, the rest of
+// the line is the text. \t, \n, \\ and \uXXXX are escapes; empty lines and lines that begin with
+// "#" are skipped. The last line of a key holds.
 //
 // A bundle that is installed, changed, replaced or removed while the program runs is seen by the
 // next getBundle(), which asks the system for the state of each of its files; one that has not

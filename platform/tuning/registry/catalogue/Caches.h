@@ -12,40 +12,39 @@ inline constexpr std::string_view kReplacementPolicies[] = {"recency", "frequenc
 
 inline constexpr CatalogueSetting kCaches[] = {
     integer(48, "Page Cache Size", "512", 8, TN_MAX_MEMORY,
-            "MB of data and index pages kept in memory, the setting with the greatest influence on "
-            "speed. Enlarge it until the share of reads served from memory stops rising. Takes "
-            "effect after a restart."),
+            "MB of data and index pages kept in memory, the setting with the greatest effect on "
+            "performance. Increase it until the cache hit ratio stops improving. Takes effect "
+            "after a restart."),
     integer(49, "Page Cache Partitions", "8", 1, 128,
-            "Number of independent parts into which the page cache is split. More parts reduce "
-            "collisions between threads on machines with many cores; one per four cores is a good "
-            "start. Takes effect after a restart."),
+            "Number of independent parts into which the page cache is split. More partitions "
+            "reduce contention on machines with many cores; one per four cores is a good starting "
+            "point. Takes effect after a restart."),
     oneOf(15, "Cache Replacement Policy", "2", kReplacementPolicies,
-          "Which page gives way when the page cache is full: the one unused for longest, the one "
-          "used least often, or a mix that follows the load. Frequency protects a small hot set "
-          "against large scans."),
-    integer(
-        16, "Changed Page Share", "40", 5, 90,
-        "Percent of the page cache that changed pages may fill before they are written out in the "
-        "background. A high share saves writing, a low one shortens recovery after a crash."),
+          "Which page is evicted when the page cache is full: the least recently used, the least "
+          "frequently used, or a combination that adapts to the workload. Frequency keeps a small "
+          "working set in memory during large scans."),
+    integer(16, "Changed Page Share", "40", 5, 90,
+            "Percent of the page cache that changed pages may fill before they are written out in "
+            "the background. A high value reduces writes, a low value shortens crash recovery."),
     integer(13, "Read-Ahead Depth", "32", 0, 1024,
-            "Pages fetched in advance once a scan is seen to read in order. Spinning disks gain "
-            "from deep read-ahead, fast solid-state disks hardly do; 0 turns it off."),
+            "Pages fetched in advance once a scan is seen to read in order. Hard disks benefit "
+            "from a high value, solid-state disks hardly do; 0 disables read-ahead."),
     boolean(12, "Cache Warm-Up", true, kEnabledDisabled,
             "Reloads in the background, right after the start, the pages that were in the page "
-            "cache at the last shutdown. Disable it if the disks are too busy at that moment."),
+            "cache at the last shutdown. Disable it if the disks are too busy at startup."),
     text(58, "Cache Snapshot File", "cache.snapshot", 255,
          "File in which the list of cached pages is kept for Cache Warm-Up; a relative name lies "
          "in the data folder. Takes effect after a restart."),
-    integer(
-        57, "Statement Cache Size", "64", 1, 16384,
-        "MB for prepared statements and their plans, shared by all sessions. Too small a cache "
-        "shows as the same statement being prepared over and over. Takes effect after a restart."),
+    integer(57, "Statement Cache Size", "64", 1, 16384,
+            "MB for prepared statements and their plans, shared by all sessions. Increase it if "
+            "the same statements are prepared repeatedly. Takes effect after a restart."),
     integer(14, "Definition Cache Entries", "20000", 500, 5000000,
             "How many table, column and index definitions stay in memory. Databases with thousands "
             "of tables need more than the default."),
-    integer(28, "Result Cache Lifetime", "0", 0, 86400,
-            "Seconds for which the result of a read-only statement may be served again without "
-            "executing it. Any change to a table involved ends it sooner; 0 keeps no results."),
+    integer(
+        28, "Result Cache Lifetime", "0", 0, 86400,
+        "Seconds for which the result of a read-only statement may be served again without "
+        "executing it. A change to a table involved invalidates the result; 0 disables the cache."),
 };
 
 }  // namespace tn::registry::catalogue

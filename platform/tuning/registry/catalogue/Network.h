@@ -17,43 +17,41 @@ inline constexpr CatalogueSetting kNetwork[] = {
                   "them. If it is empty, only programs on the same machine can connect. Takes "
                   "effect after a restart."),
     integer(124, "Listener Port", "5790", 1024, 65535,
-            "TCP port for client connections. Every engine on a machine needs one of its own, and "
-            "firewalls must let it through. Takes effect after a restart."),
+            "TCP port for client connections. Each engine on a machine needs a different port, and "
+            "firewalls must permit it. Takes effect after a restart."),
     oneOf(132, "Address Family", "2", kAddressFamilies,
-          "Versions of the internet protocol on which the engine listens. Restrict it where one of "
-          "the two is not meant to be in use. Takes effect after a restart."),
+          "Versions of the internet protocol on which the engine listens. Restrict it if only one "
+          "of them is in use. Takes effect after a restart."),
     text(130, "Local Socket Folder", "/run/engine", 100,
          "Folder of the socket through which programs on the same machine connect without the "
          "network. Takes effect after a restart."),
     integer(125, "Connection Limit", "200", 1, 65535,
             "Sessions that can be connected at once. Each takes about 400 KB even when idle, so "
-            "put a connection pool in front of thousands of users. Takes effect after a restart."),
+            "use a connection pool for thousands of users. Takes effect after a restart."),
     integer(126, "Administrator Connections", "3", 0, 50,
-            "Part of Connection Limit that is kept free for administrators, who can thus still get "
-            "in when everything else is taken. Takes effect after a restart."),
-    integer(127, "Pending Connection Queue", "128", 8, 4096,
-            "Connections that the operating system holds until the engine has time to accept them. "
-            "Raise it if clients are turned away when all of them connect in the morning. Takes "
+            "Number of connections of Connection Limit that are reserved for administrators. Takes "
             "effect after a restart."),
+    integer(127, "Pending Connection Queue", "128", 8, 4096,
+            "Maximum number of connections waiting to be accepted. Increase it if connections are "
+            "refused when many clients connect at the same time. Takes effect after a restart."),
     integer(93, "Sign-In Time Limit", "15", 1, 300,
-            "Seconds within which a new connection must have signed in. Short limits keep port "
-            "scanners from holding connections."),
+            "Seconds in which a new connection must complete authentication. Low values prevent "
+            "port scanners from occupying connections."),
     integer(89, "Idle Session Limit", "0", 0, 10080,
-            "Minutes without a statement after which a session is closed; 0 leaves idle sessions "
-            "alone."),
+            "Minutes without a statement after which a session is closed; 0 means no limit."),
     integer(
         90, "Keep-Alive Interval", "60", 0, 7200,
-        "Seconds of silence after which the engine tests whether the client is still there. Choose "
-        "less than the idle time at which your firewalls drop connections; 0 does not test."),
+        "Seconds of inactivity after which the engine checks whether the client is still "
+        "connected. Use a value below the idle timeout of your firewalls; 0 disables the check."),
     integer(91, "Send Buffer Size", "64", 4, 16384,
-            "KB collected for a client before they are sent. Large results over distant lines "
-            "travel faster with 256 and more."),
+            "KB buffered for a client before they are sent. Use 256 or more for large results over "
+            "slow networks."),
     boolean(92, "Message Compression", true, kAllowRefuse,
-            "Whether clients may ask for compressed traffic. Refuse it when the processors, not "
-            "the lines, are the bottleneck."),
+            "Whether clients may ask for compressed traffic. Refuse it if the CPU, not the "
+            "network, is the bottleneck."),
     oneOf(94, "Transport Encryption", "1", kTransportEncryption,
           "Use of TLS on network connections; connections through the local socket are never "
-          "encrypted. Required is the right choice outside a closed network."),
+          "encrypted. Use required except in closed networks."),
 };
 
 }  // namespace tn::registry::catalogue

@@ -14,17 +14,17 @@ inline constexpr std::string_view kCompileChoices[] = {"never", "costly statemen
 
 inline constexpr CatalogueSetting kQueryPlanning[] = {
     integer(50, "Plan Search Effort", "6", 1, 10,
-            "How thoroughly the planner looks for a cheaper plan. High levels pay for reports over "
-            "many tables and only delay simple lookups."),
+            "How thoroughly the planner searches for a cheaper plan. High levels help complex "
+            "queries and slow down simple ones."),
     integer(100, "Plan Workspace Size", "8192", 512, 1048576,
-            "KB that the planner sets aside for each worker thread. A statement that joins more "
-            "than about twenty tables may need a larger workspace. Takes effect after a restart."),
+            "KB that the planner reserves for each worker thread. A statement that joins more than "
+            "about twenty tables may need a larger workspace. Takes effect after a restart."),
     anyOf(55, "Join Methods", "0 1 2", kJoinMethods,
-          "Methods that the planner may use to join tables. Remove one only to find out whether it "
-          "is the cause of a bad plan."),
+          "Methods that the planner may use to join tables. Remove one only to find the cause of a "
+          "bad plan."),
     boolean(52, "Join Reordering", true, kOnOff,
             "Lets the planner join tables in another order than the statement names them. Turn it "
-            "off for programs whose statements were ordered by hand."),
+            "off for applications with manually optimized join orders."),
     integer(60, "Random Read Cost", "400", 100, 10000,
             "Cost of fetching a page at random, in hundredths of the cost of reading the next one "
             "in order. About 110 fits solid-state disks, 400 spinning ones."),
@@ -32,27 +32,27 @@ inline constexpr CatalogueSetting kQueryPlanning[] = {
             "Rows examined to estimate how the values of a column are distributed. Increase it "
             "when estimates for large, uneven tables are far off."),
     oneOf(54, "Missing Statistics Action", "1", kStatisticsActions,
-          "How the planner treats a table without statistics: assume common figures, take a small "
-          "sample first, or assume and say so in the message log."),
+          "How the planner treats a table without statistics: assume default values, take a small "
+          "sample first, or assume default values and log a warning."),
     boolean(63, "Plan Reuse", true, kYesNo,
             "Uses the plan of a prepared statement again when it is executed with other "
-            "parameters. If one parameter in a hundred is extremely slow, try no."),
+            "parameters. Choose no if some parameters make a reused plan very slow."),
     integer(103, "Parallel Worker Pool", "8", 0, 512,
             "Threads kept ready to work on parts of a statement, for all sessions together. With 0 "
             "every statement runs on a single thread. Takes effect after a restart."),
     integer(51, "Parallel Query Degree", "2", 1, 64,
             "Largest number of threads from Parallel Worker Pool that one statement may occupy. "
-            "Many users at once are served better by a low degree."),
+            "Use a low value for many concurrent users."),
     integer(56, "Statement Time Limit", "0", 0, 2147483647,
             "Milliseconds after which a running statement is cancelled; 0 sets no limit. Backups "
             "and maintenance tasks are exempt."),
     integer(59, "Result Row Limit", "0", 0, 2147483647,
-            "Most rows that a statement may send to a client before it is stopped with an error. A "
-            "safeguard for ad-hoc users who forget a condition; 0 means no limit."),
+            "Most rows that a statement may send to a client before it is stopped with an error. "
+            "This limits ad-hoc queries without a condition; 0 means no limit."),
     unavailable(oneOf(
         70, "Compiled Expressions", "1", kCompileChoices,
         "Whether conditions and computed columns are translated to machine code before a statement "
-        "runs. Compiling takes some milliseconds and is wasted on short statements.")),
+        "runs. Compilation takes some milliseconds and does not pay off for short statements.")),
 };
 
 }  // namespace tn::registry::catalogue

@@ -15,8 +15,8 @@ inline constexpr std::string_view kDecimalMarks[] = {"point", "comma"};
 
 inline constexpr CatalogueSetting kTextAndLocale[] = {
     oneOf(174, "Default Character Set", "0", kCharacterSets,
-          "Character set of new databases. The narrow ones save space only for data that certainly "
-          "never hold other letters. Takes effect after a restart."),
+          "Character set of new databases. Use Latin-1 or ASCII only if other characters never "
+          "occur. Takes effect after a restart."),
     text(175, "Default Collation", "root", 63,
          "Rules by which text columns are compared and sorted unless a definition names others, as "
          "a language tag; root is independent of any language. Takes effect after a restart."),
@@ -24,20 +24,20 @@ inline constexpr CatalogueSetting kTextAndLocale[] = {
          "Language tag of the engine's own messages. English is used where no translation is "
          "installed. Takes effect after a restart."),
     text(205, "Time Zone Table", "zones.tab", 255,
-         "File with the rules of the world's time zones, relative to the data folder. Replace it "
-         "when a country changes its summer time. Takes effect after a restart."),
+         "File with the rules of the world's time zones, relative to the data folder. Update it "
+         "when time zone rules change. Takes effect after a restart."),
     oneOf(156, "Date Order", "0", kDateOrders,
           "How a date written only in digits, such as 03-04-2020, is read. Dates with the year in "
           "front are always understood."),
     integer(157, "Century Pivot", "70", 0, 99,
-            "Two-digit years below this number belong to the years from 2000 on, the others to the "
-            "1900s. Data with birth dates may call for a lower number."),
+            "Two-digit years below this number belong to the 2000s, the others to the 1900s. Use a "
+            "lower number for birth dates."),
     oneOf(158, "Decimal Mark", "0", kDecimalMarks,
           "Character between the whole and the fractional part of a number when numbers are "
           "converted to text and back."),
     boolean(159, "Accents Matter in Searches", false, kYesNo,
-            "Decides whether a text search tells letters with accents from those without. Most "
-            "users expect no."),
+            "Whether a text search distinguishes letters with and without accents. Most users "
+            "expect no."),
     integer(160, "Shortest Indexed Word", "3", 1, 20,
             "Words with fewer characters are left out of text indexes. After a change, existing "
             "indexes have to be rebuilt to be complete."),
@@ -45,8 +45,8 @@ inline constexpr CatalogueSetting kTextAndLocale[] = {
          "List of frequent words, one on a line, that text indexes ignore. It is read whenever "
          "such an index is built."),
     integer(210, "Text Index Memory", "64", 4, 65536,
-            "MB in which new entries of text indexes collect before they are merged. Loading many "
-            "documents goes faster with several hundred. Takes effect after a restart."),
+            "MB of memory for new entries of text indexes before they are merged. Use several "
+            "hundred to load many documents. Takes effect after a restart."),
 };
 
 }  // namespace tn::registry::catalogue
