@@ -43,6 +43,7 @@ std::unique_ptr<Engine> openDefaultStore(const Login& login) {
 std::unique_ptr<Engine> openStoreFile(const Login& login) {
   refuseUsers(login);
   return std::make_unique<registry::LocalEngine>(
+      registry::Catalogue::compiledIn(),
       std::make_unique<registry::SqliteStore>(login.server.substr(kFilePrefix.size())));
 }
 
@@ -106,7 +107,8 @@ std::unique_ptr<Engine> EngineDirectory::open(const Login& login) {
 }
 
 std::unique_ptr<Engine> EngineDirectory::openLocal() {
-  return std::make_unique<registry::LocalEngine>(std::make_unique<registry::DefaultStore>());
+  return std::make_unique<registry::LocalEngine>(registry::Catalogue::compiledIn(),
+                                                 std::make_unique<registry::DefaultStore>());
 }
 
 }  // namespace tn

@@ -1,4 +1,4 @@
-// The engine of this machine: the settings of the catalogue with the values of a store. It decides
+// The engine of this machine: the settings of a catalogue with the values of a store. It decides
 // which values a setting takes; the catalogue only says what they must be like, the store only
 // keeps them.
 //
@@ -23,7 +23,7 @@ namespace tn::registry {
 
 class LocalEngine final : public Engine {
  public:
-  explicit LocalEngine(std::unique_ptr<Store> store);
+  LocalEngine(std::shared_ptr<const Catalogue> catalogue, std::unique_ptr<Store> store);
 
  protected:
   std::vector<int32_t> categories() override;
@@ -53,11 +53,19 @@ class LocalEngine final : public Engine {
  private:
   using Values = std::map<int32_t, std::string>;
 
+  // These throw the status that tells why there is no such thing.
+  const CatalogueCategory& knownCategory(int32_t categoryId) const;
+  const CatalogueSetting& knownSetting(int32_t settingId) const;
+  // Both kinds of selection are read and written alike: either stands for the two.
+  const CatalogueSetting& settingOfType(int32_t settingId, TnValueType type) const;
+  const CatalogueSetting& usableSetting(int32_t settingId, TnValueType type) const;
+
   const Values& values();
   // In canonical form, checked.
   std::string_view value(const CatalogueSetting& setting, Selector selector);
   void keep(const CatalogueSetting& setting, const std::string& canonical);
 
+  std::shared_ptr<const Catalogue> catalogue_;
   std::unique_ptr<Store> store_;
   std::optional<Values> values_;  // as the store held them last
 };
