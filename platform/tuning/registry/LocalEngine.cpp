@@ -145,7 +145,10 @@ std::string_view LocalEngine::value(const CatalogueSetting& setting, Selector se
   if (selector == Selector::defaultValue) return setting.defaultValue;
   const auto kept = values().find(setting.id);
   if (kept == values().end()) return setting.defaultValue;
-  if (refusal(setting, kept->second) != TN_SUCCESS) throw TuningError(TN_STORE_DAMAGED);
+  if (refusal(setting, kept->second) != TN_SUCCESS) {
+    const bool damaged = catalogue_->origin() == Origin::compiledIn;
+    throw TuningError(damaged ? TN_STORE_DAMAGED : TN_VALUE_OUTSIDE_CATALOGUE);
+  }
   return kept->second;
 }
 

@@ -3,8 +3,10 @@
 // keeps them.
 //
 // Values are read from the store when the first one is asked for, all at once, and once more before
-// each change. A kept value that the catalogue does not allow can only come from a store that was
-// tampered with: reading it throws TN_STORE_DAMAGED, setting the setting anew repairs it.
+// each change. A kept value that the compiled catalogue does not allow can only come from a store
+// that was tampered with: reading it throws TN_STORE_DAMAGED. With a catalogue of its users it is
+// one that was tightened since: TN_VALUE_OUTSIDE_CATALOGUE. Setting the setting anew repairs both.
+// Kept values of settings that the catalogue does not know are left alone.
 #ifndef KNOB_TUNING_REGISTRY_LOCAL_ENGINE_H
 #define KNOB_TUNING_REGISTRY_LOCAL_ENGINE_H
 
