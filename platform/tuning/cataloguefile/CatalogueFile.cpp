@@ -101,8 +101,9 @@ void Reader::read(const std::string& path) {
 
 bool Reader::parse(const std::string& text) {
   if (const uint32_t line = findLongLine(text)) {
-    file_.faults.push_back(
-        {line, "the line has more than " + std::to_string(kLongestLine) + " bytes"});
+    file_.faults.push_back({line,
+                            "the line has more than " + std::to_string(kLongestLine) + " bytes",
+                            TN_CATALOGUE_NOT_TOML});
     return false;
   }
   toml::parse_result parsed = toml::parse(std::string_view(text));

@@ -52,8 +52,12 @@ std::optional<TableReader::Texts> TableReader::texts(std::string_view key, Need 
   const toml::node* node = find(key, need);
   if (node == nullptr) return std::nullopt;
   const toml::array* array = node->as_array();
-  if (array == nullptr || !(array->empty() || array->is_homogeneous<std::string>())) {
+  if (array == nullptr) {
     wrongType(key, "an array of texts");
+    return std::nullopt;
+  }
+  if (!array->empty() && !array->is_homogeneous<std::string>()) {
+    fault(key, std::string(key) + " holds something else than texts");
     return std::nullopt;
   }
   Texts texts;
