@@ -178,6 +178,24 @@ TEST_F(Registry, LoadsNoMoreThanItNeeds) {
   EXPECT_EQ(loaded("file:" + folder / "s.db").find("libtn-"), registry.npos);
 }
 
+// In a tree of its own, with a double in the place of etcd's module.
+TEST_F(Registry, IsOpenedInEtcdByTheModuleForIt) {
+  const std::string built = programFolder() + "/../";
+  for (const char* file : {"bin/knob", "lib/libtn.so.1", "lib/knob/libtn-registry.so",
+                           "share/knob/KNOB.properties", "share/knob/TNMSG.properties"}) {
+    std::filesystem::create_directories(std::filesystem::path(folder / file).parent_path());
+    std::filesystem::copy_file(built + file, folder / file);
+  }
+  edit("\"orders.db\"", "\"etcds://a,b/orders\"");
+  const Words show = {
+      folder / "bin/knob", "2004", "-S", "registry:" + catalogue, "-U", "me", "-P", "secret"};
+  expectPart(Process{show, {}}.run().err, "7106: ");
+  std::filesystem::copy_file(ETCD_DOUBLE, folder / "lib/knob/libtn-etcd.so");
+  const Outcome shown = Process{show, {}}.run();
+  expectPart(shown.out, "Current Value: etcds://a,b/orders me secret\n");
+  EXPECT_EQ(shown.status, 0) << shown.err;
+}
+
 TEST_F(Registry, HasACompanionThatChecksCatalogues) {
   edit("default = 20", "default = 0");
   edit("name = \"Stock Check\"", "name = \"Pool\\u001bSize\"\n\"a\\nb\" = 1");
