@@ -42,7 +42,6 @@ class Reader {
 
  private:
   bool parse(const std::string& text);
-  void readTitle(TableReader& top);
   void readStore(TableReader& top, const std::string& path);
   void readCategory(const toml::table& table);
   std::vector<CatalogueSetting> readSettings(TableReader& category);
@@ -85,7 +84,7 @@ void Reader::read(const std::string& path) {
   if (!text || !parse(*text)) return;
 
   TableReader top(tables_->document, file_.faults);
-  readTitle(top);
+  file_.title = top.oneLine("title", kNameRule);
   readStore(top, path);
   const auto categories = top.tables("category");
   for (size_t i = 0; i < categories.size(); ++i) {
@@ -118,14 +117,6 @@ bool Reader::parse(const std::string& text) {
   return true;
 }
 
-void Reader::readTitle(TableReader& top) {
-  const auto title = top.text("title");
-  if (!title) return;
-  const std::string fault = lineFault(*title, kNameRule);
-  if (!fault.empty()) top.fault("title", "the title " + fault);
-  file_.title = *title;
-}
-
 void Reader::readStore(TableReader& top, const std::string& path) {
   const auto store = top.text("store");
   if (!store) return;
@@ -146,16 +137,12 @@ void Reader::readCategory(const toml::table& table) {
   TableReader category(table, file_.faults);
   const auto raw = table["name"].value_exact<std::string_view>();
   category.setSubject(raw ? "category " + quoted(*raw) : "a category");
-  const auto name = category.text("name");
-  if (name) {
-    const std::string fault = lineFault(*name, kNameRule);
-    if (!fault.empty()) category.fault("name", "the name " + fault);
-    claimName(category, "category", *name);
-  }
+  const std::string_view name = category.oneLine("name", kNameRule);
+  claimName(category, "category", name);
   tables_->settings.push_back(readSettings(category));
   category.refuseOtherKeys("a category");
-  tables_->categories.push_back({static_cast<int32_t>(tables_->categories.size()) + 1,
-                                 name.value_or(""), tables_->settings.back()});
+  tables_->categories.push_back(
+      {static_cast<int32_t>(tables_->categories.size()) + 1, name, tables_->settings.back()});
 }
 
 std::vector<CatalogueSetting> Reader::readSettings(TableReader& category) {

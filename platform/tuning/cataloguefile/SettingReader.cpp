@@ -5,7 +5,6 @@
 #include <set>
 #include <utility>
 
-#include "tuning/cataloguefile/LineText.h"
 #include "tuning/registry/ValueRules.h"
 
 namespace tn::cataloguefile {
@@ -75,8 +74,8 @@ SettingReader::SettingReader(const toml::table& table, MadeTexts& made, Faults& 
 
 registry::CatalogueSetting SettingReader::read() {
   readId();
-  setting_.name = line("name", kNameRule);
-  setting_.description = line("description", kDescriptionRule);
+  setting_.name = table_.oneLine("name", kNameRule);
+  setting_.description = table_.oneLine("description", kDescriptionRule);
   readSide();
   readRestart();
   readKind();
@@ -180,15 +179,6 @@ void SettingReader::readAnyOf() {
   const auto value = table_.texts("default");
   if (!readChoices() || !value) return;
   if (auto canonical = positions(*value)) setDefault(std::move(*canonical), "");
-}
-
-// Of a text on one line, or an empty one with a fault.
-std::string_view SettingReader::line(std::string_view key, const LineRule& rule) {
-  const std::string_view text = table_.text(key).value_or(std::string_view());
-  if (text.data() == nullptr) return text;
-  const std::string fault = lineFault(text, rule);
-  if (!fault.empty()) table_.fault(key, "the " + std::string(key) + ' ' + fault);
-  return text;
 }
 
 std::optional<int32_t> SettingReader::number(std::string_view key, int32_t least, int32_t most) {

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tuning/cataloguefile/LineText.h"
 #include "tuning/cataloguefile/TableReader.h"
 #include "tuning/registry/Catalogue.h"
 
@@ -46,11 +47,9 @@ class SettingReader {
   void readOneOf();
   void readAnyOf();
 
-  std::string_view line(std::string_view key, const struct LineRule& rule);
   std::optional<int32_t> number(std::string_view key, int32_t least, int32_t most);
   std::optional<int32_t> integerMaximum();
-  bool wordsAreSound(std::string_view key, const TableReader::Texts& words,
-                     const struct LineRule& rule);
+  bool wordsAreSound(std::string_view key, const TableReader::Texts& words, const LineRule& rule);
   bool readChoices();
   std::optional<std::string> positions(const TableReader::Texts& chosen);
   // The default in canonical form, held against the rules for every value of the setting.

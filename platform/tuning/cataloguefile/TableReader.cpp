@@ -40,6 +40,14 @@ std::optional<std::string_view> TableReader::text(std::string_view key, Need nee
   return value<std::string_view>(key, need, "a text");
 }
 
+std::string_view TableReader::oneLine(std::string_view key, const LineRule& rule) {
+  const auto line = text(key);
+  if (!line) return {};
+  const std::string wrong = lineFault(*line, rule);
+  if (!wrong.empty()) fault(key, "the " + std::string(key) + ' ' + wrong);
+  return *line;
+}
+
 std::optional<int64_t> TableReader::integer(std::string_view key, Need need) {
   return value<int64_t>(key, need, "a whole number");
 }

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "tuning/cataloguefile/Faults.h"
+#include "tuning/cataloguefile/LineText.h"
 #include "tuning/cataloguefile/Toml.h"
 
 namespace tn::cataloguefile {
@@ -30,6 +31,8 @@ class TableReader {
 
   // Nothing for a key that is missing or of another type. Texts are the document's.
   std::optional<std::string_view> text(std::string_view key, Need need = Need::required);
+  // Of a text that has to be there and to keep the rule. Empty when it is missing.
+  std::string_view oneLine(std::string_view key, const LineRule& rule);
   std::optional<int64_t> integer(std::string_view key, Need need = Need::required);
   std::optional<bool> boolean(std::string_view key, Need need = Need::required);
   std::optional<Texts> texts(std::string_view key, Need need = Need::required);
