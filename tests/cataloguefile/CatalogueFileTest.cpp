@@ -190,8 +190,8 @@ TEST(CatalogueFile, TellsAllFaultsOfAFileInTheirOrder) {
   EXPECT_EQ(statusOf(readText(text).faults), TN_CATALOGUE_STORE_UNKNOWN);
   text = replaced(replaced(text, "1005", "1001"), "minimum = 1", "minimum = 21");
   EXPECT_EQ(faultsOf(readText(text)),
-            "2: the store \"file:x\" is neither the path of a file nor a name that begins with "
-            "etcd:// or etcds://\n"
+            "2: the store is neither the path of a file nor an address that begins with etcd:// or "
+            "etcds://\n"
             "12: setting 1001: the default 20 is outside 21 to 500\n"
             "40: setting 1001: the id is used in line 7 already");
   EXPECT_EQ(statusOf(readText(text).faults), TN_CATALOGUE_WRONG);

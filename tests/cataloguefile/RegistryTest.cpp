@@ -186,13 +186,14 @@ TEST_F(Registry, IsOpenedInEtcdByTheModuleForIt) {
     std::filesystem::create_directories(std::filesystem::path(folder / file).parent_path());
     std::filesystem::copy_file(built + file, folder / file);
   }
-  edit("\"orders.db\"", "\"etcds://a,b/orders\"");
+  edit("\"orders.db\"", "\"etcds://my:pw@a,b/orders\"");
+  expectPart(beside("knob-catalogue", {"orders.toml"}).out, "values in etcds://a,b/orders\n");
   const Words show = {
       folder / "bin/knob", "2004", "-S", "registry:" + catalogue, "-U", "me", "-P", "secret"};
   expectPart(Process{show, {}}.run().err, "7106: ");
   std::filesystem::copy_file(ETCD_DOUBLE, folder / "lib/knob/libtn-etcd.so");
   const Outcome shown = Process{show, {}}.run();
-  expectPart(shown.out, "Current Value: etcds://a,b/orders me secret\n");
+  expectPart(shown.out, "Current Value: etcds://my:pw@a,b/orders me secret\n");
   EXPECT_EQ(shown.status, 0) << shown.err;
 }
 

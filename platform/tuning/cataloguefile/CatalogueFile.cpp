@@ -124,9 +124,8 @@ void Reader::readStore(TableReader& top, const std::string& path) {
     file_.store = *store;
   } else if (store->empty() || hasScheme(*store) || store->find('\0') != store->npos) {
     top.fault("store",
-              "the store " + quoted(*store) +
-                  " is neither the path of a file nor a name that begins with etcd:// or "
-                  "etcds://",
+              "the store is neither the path of a file nor an address that begins with etcd:// or "
+              "etcds://",
               TN_CATALOGUE_STORE_UNKNOWN);
   } else {
     file_.store = besideFile(*store, path);

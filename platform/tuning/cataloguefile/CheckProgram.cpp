@@ -61,12 +61,21 @@ std::string help() {
   return text + line + '\n';
 }
 
+// An address may hold a user name and a password.
+std::string withoutLogin(const std::string& store) {
+  const size_t scheme = store.find("://");
+  if (scheme == store.npos) return store;
+  const size_t host = scheme + 3;
+  const size_t at = store.substr(0, store.find('/', host)).rfind('@');
+  return at == store.npos ? store : store.substr(0, host) + store.substr(at + 1);
+}
+
 std::string summary(const CatalogueFile& file) {
   const auto categories = file.catalogue->categories();
   size_t settings = 0;
   for (const auto& category : categories) settings += category.settings.size();
   return file.title + ", " + std::to_string(settings) + " settings in " +
-         std::to_string(categories.size()) + " categories, values in " + file.store;
+         std::to_string(categories.size()) + " categories, values in " + withoutLogin(file.store);
 }
 
 int check(const std::string& path) {
