@@ -2,8 +2,8 @@
 # opened for the first time.
 add_custom_target(engine-modules)
 
-# knob_engine_module(<name> SOURCES ... LIBRARIES ...): the module lib<name>.so. It exports
-# TnOpenEngine and nothing else.
+# knob_engine_module(<name> SOURCES ... LIBRARIES ...): the module lib<name>.so. It exports its doors
+# (EngineModule.h, registry/RegistryDoors.h) and nothing else.
 function(knob_engine_module name)
   cmake_parse_arguments(PARSE_ARGV 1 MODULE "" "" "SOURCES;LIBRARIES")
   set(exports ${PROJECT_SOURCE_DIR}/platform/tuning/module.map)

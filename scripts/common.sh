@@ -1,6 +1,6 @@
 # What the scripts share. Sourced by them; expects `root` to be the folder of the project.
 
-build_packages="cmake ninja-build g++ libsqlite3-dev libpq-dev"
+build_packages="cmake ninja-build g++ libsqlite3-dev libpq-dev libtomlplusplus-dev"
 test_packages="libgtest-dev nlohmann-json3-dev postgresql-15 locales pkgconf"
 check_packages="clang clang-format clang-tidy git"
 

@@ -10,12 +10,14 @@
 #include "tuning/EngineModule.h"
 #include "tuning/TuningError.h"
 #include "tuning/registry/LocalEngine.h"
+#include "tuning/registry/RegistryDoors.h"
 #include "tuning/registry/SqliteStore.h"
 
 namespace tn {
 namespace {
 
 constexpr std::string_view kFilePrefix = "file:";
+constexpr std::string_view kRegistryPrefix = "registry:";
 
 struct ServerForm {
   bool (*matches)(const std::string& server);
@@ -29,22 +31,25 @@ bool isThisMachine(const std::string& server) {
 }
 
 std::unique_ptr<Engine> connectLocal(const Login& login,
+                                     std::shared_ptr<const registry::Catalogue> catalogue,
                                      std::unique_ptr<registry::SqliteStore> store) {
   if (!login.user.empty() || !login.password.empty()) {
     throw TuningError(TN_LOCAL_ENGINE_HAS_NO_USERS);
   }
-  auto engine = std::make_unique<registry::LocalEngine>(std::move(store));
+  auto engine = std::make_unique<registry::LocalEngine>(std::move(catalogue), std::move(store));
   engine->connect();
   return engine;
 }
 
 std::unique_ptr<Engine> openDefaultStore(const Login& login) {
-  return connectLocal(login, std::make_unique<registry::SqliteStore>());
+  return connectLocal(login, registry::Catalogue::compiledIn(),
+                      std::make_unique<registry::SqliteStore>());
 }
 
 std::unique_ptr<Engine> openStoreFile(const Login& login) {
   return connectLocal(
-      login, std::make_unique<registry::SqliteStore>(login.server.substr(kFilePrefix.size())));
+      login, registry::Catalogue::compiledIn(),
+      std::make_unique<registry::SqliteStore>(login.server.substr(kFilePrefix.size())));
 }
 
 // The folder as the dynamic linker found it, so that a tree can be moved as a whole.
@@ -75,27 +80,62 @@ void* loadModule(const char* fileName) {
   return module;
 }
 
-std::unique_ptr<Engine> openModule(const char* fileName, const Login& login) {
-  void* symbol = dlsym(loadModule(fileName), TN_OPEN_ENGINE_SYMBOL);
-  if (symbol == nullptr) throw TuningError(TN_MODULE_UNUSABLE);
-  auto* openEngine = reinterpret_cast<TnOpenEngineFunction*>(symbol);
+template <typename Function>
+Function* findDoor(const char* fileName, const char* symbol) {
+  void* door = dlsym(loadModule(fileName), symbol);
+  if (door == nullptr) throw TuningError(TN_MODULE_UNUSABLE);
+  return reinterpret_cast<Function*>(door);
+}
 
-  Engine* opened = nullptr;
-  const TnStatus status = openEngine(TN_MODULE_INTERFACE, login.server.c_str(), login.user.c_str(),
-                                     login.password.c_str(), &opened);
-  std::unique_ptr<Engine> engine(opened);
+// What a module's door gave.
+std::unique_ptr<Engine> opened(TnStatus status, Engine* given) {
+  std::unique_ptr<Engine> engine(given);
   if (status != TN_SUCCESS) throw TuningError(status);
   if (engine == nullptr) throw TuningError(TN_MODULE_UNUSABLE);
   return engine;
 }
 
+std::unique_ptr<Engine> openModule(const char* fileName, const Login& login) {
+  auto* open = findDoor<TnOpenEngineFunction>(fileName, TN_OPEN_ENGINE_SYMBOL);
+  Engine* engine = nullptr;
+  const TnStatus status = open(TN_MODULE_INTERFACE, login.server.c_str(), login.user.c_str(),
+                               login.password.c_str(), &engine);
+  return opened(status, engine);
+}
+
+bool liesInEtcd(std::string_view store) {
+  return store.starts_with("etcd://") || store.starts_with("etcds://");
+}
+
+std::unique_ptr<Engine> openRegistry(const Login& login) {
+  auto* read = findDoor<TnReadCatalogueFunction>("libtn-registry.so", TN_READ_CATALOGUE_SYMBOL);
+  std::shared_ptr<const registry::Catalogue> catalogue;
+  std::string store;
+  const TnStatus status =
+      read(TN_MODULE_INTERFACE, login.server.c_str() + kRegistryPrefix.size(), &catalogue, &store);
+  if (status != TN_SUCCESS) throw TuningError(status);
+
+  if (!liesInEtcd(store)) {
+    return connectLocal(login, std::move(catalogue),
+                        std::make_unique<registry::SqliteStore>(store));
+  }
+  auto* open = findDoor<TnOpenEtcdRegistryFunction>("libtn-etcd.so", TN_OPEN_ETCD_REGISTRY_SYMBOL);
+  Engine* engine = nullptr;
+  const TnStatus openStatus = open(TN_MODULE_INTERFACE, store.c_str(), login.user.c_str(),
+                                   login.password.c_str(), &catalogue, &engine);
+  return opened(openStatus, engine);
+}
+
+// The prefix alone stands for nothing.
+bool hasPrefix(const std::string& server, std::string_view prefix) {
+  return server.starts_with(prefix) && server.size() > prefix.size();
+}
+
 // The first row that matches counts.
 constexpr ServerForm kServerForms[] = {
     {isThisMachine, openDefaultStore},
-    {[](const std::string& server) {
-       return server.starts_with(kFilePrefix) && server.size() > kFilePrefix.size();
-     },
-     openStoreFile},
+    {[](const std::string& server) { return hasPrefix(server, kFilePrefix); }, openStoreFile},
+    {[](const std::string& server) { return hasPrefix(server, kRegistryPrefix); }, openRegistry},
     {[](const std::string& server) {
        return server.starts_with("postgresql://") || server.starts_with("postgres://");
      },
@@ -112,7 +152,8 @@ std::unique_ptr<Engine> EngineDirectory::open(const Login& login) {
 }
 
 std::unique_ptr<Engine> EngineDirectory::openLocal() {
-  return std::make_unique<registry::LocalEngine>(std::make_unique<registry::SqliteStore>());
+  return std::make_unique<registry::LocalEngine>(registry::Catalogue::compiledIn(),
+                                                 std::make_unique<registry::SqliteStore>());
 }
 
 }  // namespace tn

@@ -3,6 +3,9 @@
 //
 //   ""  localhost  the machine's own host name   the local engine on the user's default store
 //   file:PATH                                    the local engine on the store file PATH
+//   registry:FILE                                the settings that the catalogue FILE describes,
+//   with
+//                                                their values where it says
 //   postgresql://...  postgres://...             a PostgreSQL server, through an engine module
 //
 // Host names are compared without regard to case, prefixes exactly. Engine modules lie in the
@@ -29,7 +32,7 @@ class EngineDirectory {
  public:
   // The local engine has read its store by then; one that does not exist is empty.
   // Throws TuningError: TN_UNKNOWN_SERVER_FORM for a name of no known form,
-  // TN_LOCAL_ENGINE_HAS_NO_USERS for a user name or password that the local engine cannot check,
+  // TN_LOCAL_ENGINE_HAS_NO_USERS for a user name or password that nobody checks: values in a file,
   // TN_MODULE_NOT_INSTALLED or TN_MODULE_UNUSABLE, or what the engine itself has to say.
   static std::unique_ptr<Engine> open(const Login& login);
 

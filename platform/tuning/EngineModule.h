@@ -10,7 +10,8 @@
 
 #include "tuning/Engine.h"
 
-// Raised with every change of Engine.h, TuningError.h or this header that a module can notice.
+// Raised with every change of Engine.h, TuningError.h, registry/Catalogue.h or a door that a module
+// can notice.
 inline constexpr int32_t TN_MODULE_INTERFACE = 2;
 
 extern "C" {

@@ -131,7 +131,15 @@ enum {
   TN_EMPTY_LIST_REFUSED = 7416,
   TN_LIST_MALFORMED = 7417,
   TN_NO_SUITABLE_SERVER = 7418,
-  TN_SERVER_CANNOT_WRITE = 7419
+  TN_SERVER_CANNOT_WRITE = 7419,
+
+  /* Registries: settings that a catalogue file describes. */
+  TN_CATALOGUE_NOT_READABLE = 7701,
+  TN_CATALOGUE_NOT_A_FILE = 7702, /* or one of more than 4 MiB */
+  TN_CATALOGUE_NOT_TOML = 7703,
+  TN_CATALOGUE_WRONG = 7704,
+  TN_CATALOGUE_STORE_UNKNOWN = 7705,
+  TN_VALUE_OUTSIDE_CATALOGUE = 7706
 };
 
 /* The settings for which the program announces a restart after a change, in ascending order: an

@@ -13,9 +13,11 @@
 namespace tn::registry {
 namespace {
 
+const auto kCatalogue = Catalogue::compiledIn();
+
 std::vector<CatalogueSetting> allSettings() {
   std::vector<CatalogueSetting> all;
-  for (const CatalogueCategory& category : Catalogue::categories()) {
+  for (const CatalogueCategory& category : kCatalogue->categories()) {
     all.insert(all.end(), category.settings.begin(), category.settings.end());
   }
   return all;
@@ -70,17 +72,17 @@ TEST(Catalogue, EverySettingIsSound) {
 
 TEST(Catalogue, LookupsAgreeWithTheListingAndNothingIsThereTwice) {
   std::set<std::string> names;
-  EXPECT_LE(std::ssize(Catalogue::categories()), TN_CATEGORY_CAPACITY);
-  for (const CatalogueCategory& category : Catalogue::categories()) {
+  EXPECT_LE(std::ssize(kCatalogue->categories()), TN_CATEGORY_CAPACITY);
+  for (const CatalogueCategory& category : kCatalogue->categories()) {
     SCOPED_TRACE(category.name);
-    EXPECT_EQ(Catalogue::category(category.id), &category);
+    EXPECT_EQ(kCatalogue->category(category.id), &category);
     EXPECT_TRUE(isPlain(category.name, 60));
     EXPECT_LE(std::ssize(category.settings), TN_SETTING_CAPACITY);
     bool available = false;
     for (const CatalogueSetting& setting : category.settings) {
       available |= setting.available;
       EXPECT_TRUE(setting.id >= 1 && setting.id <= 301) << setting.id;
-      EXPECT_EQ(Catalogue::setting(setting.id), &setting) << setting.id;
+      EXPECT_EQ(kCatalogue->setting(setting.id), &setting) << setting.id;
       EXPECT_TRUE(names.insert(lower(setting.name)).second) << setting.name;
     }
     EXPECT_TRUE(available);

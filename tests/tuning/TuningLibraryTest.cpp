@@ -27,7 +27,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using Setting = tn::registry::CatalogueSetting;
-using tn::registry::Catalogue;
+const auto kCatalogue = tn::registry::Catalogue::compiledIn();
 
 constexpr int kInteger = 25;      // an integer that takes 5, which is not its default
 constexpr int kDefault = 20;      // what it is by default
@@ -36,7 +36,7 @@ constexpr int kNoSetting = 9999;  // no setting or category has this id
 
 std::vector<Setting> settingsWith(bool (*property)(const Setting&)) {
   std::vector<Setting> found;
-  for (const auto& category : Catalogue::categories()) {
+  for (const auto& category : kCatalogue->categories()) {
     std::copy_if(category.settings.begin(), category.settings.end(), std::back_inserter(found),
                  property);
   }
@@ -186,7 +186,7 @@ TEST_F(TuningLibrary, TellsTheNeededCapacityAndCutsNothing) {
 
 TEST_F(TuningLibrary, TakesIntegersWithinTheirLimitsOnly) {
   // One of each: limits that are numbers, and each symbolic maximum.
-  std::vector<Setting> settings = {*Catalogue::setting(kInteger)};
+  std::vector<Setting> settings = {*kCatalogue->setting(kInteger)};
   for (const Setting& setting : settingsWith([](const Setting& s) { return s.maximum < 0; })) {
     const auto sameMaximum = [&](const Setting& s) { return s.maximum == setting.maximum; };
     if (std::ranges::none_of(settings, sameMaximum)) settings.push_back(setting);
@@ -213,7 +213,7 @@ TEST_F(TuningLibrary, TakesIntegersWithinTheirLimitsOnly) {
 TEST_F(TuningLibrary, KeepsTextByteForByteOrRefusesIt) {
   const auto isText = [](const Setting& s) { return s.type == TN_TYPE_STRING && s.minimum > 0; };
   const int filled = settingsWith(isText).at(0).id;
-  const auto longest = static_cast<size_t>(Catalogue::setting(kMayBeEmpty)->maximum);
+  const auto longest = static_cast<size_t>(kCatalogue->setting(kMayBeEmpty)->maximum);
   const std::tuple<int, std::string, TnStatus> cases[] = {
       {kMayBeEmpty, "", TN_SUCCESS},
       {filled, "", TN_EMPTY_VALUE},
@@ -240,8 +240,8 @@ TEST_F(TuningLibrary, KeepsTextByteForByteOrRefusesIt) {
 TEST_F(TuningLibrary, TakesSelectionsOfExistingItems) {
   const int one = idOfType<TN_TYPE_SINGLE_SELECTION>();
   const int any = idOfType<TN_TYPE_MULTIPLE_SELECTION>();
-  const int itemsOfOne = static_cast<int>(Catalogue::setting(one)->words.size());
-  const int itemsOfAny = static_cast<int>(Catalogue::setting(any)->words.size());
+  const int itemsOfOne = static_cast<int>(kCatalogue->setting(one)->words.size());
+  const int itemsOfAny = static_cast<int>(kCatalogue->setting(any)->words.size());
   const std::tuple<int, std::vector<int32_t>, TnStatus> cases[] = {
       {one, {itemsOfOne - 1}, TN_SUCCESS},
       {one, {itemsOfOne}, TN_NOT_A_CHOICE},

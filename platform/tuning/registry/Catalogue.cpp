@@ -1,5 +1,6 @@
 #include "tuning/registry/Catalogue.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 
@@ -43,37 +44,45 @@ constexpr CatalogueCategory kCategories[] = {
     {16, "Text and Locale", catalogue::kTextAndLocale},
 };
 
-constexpr int32_t kLargestSettingId = 301;
-
-using SettingIndex = std::array<const CatalogueSetting*, kLargestSettingId + 1>;
-
-constexpr SettingIndex makeSettingIndex() {
-  SettingIndex index{};
-  for (const CatalogueCategory& category : kCategories) {
-    for (const CatalogueSetting& setting : category.settings) {
-      index.at(static_cast<std::size_t>(setting.id)) = &setting;
-    }
-  }
-  return index;
+constexpr bool hasSmallerId(const CatalogueSetting* left, const CatalogueSetting* right) {
+  return left->id < right->id;
 }
 
-// Built by the compiler, which also refuses an id outside the index.
-constexpr SettingIndex kSettingsById = makeSettingIndex();
+constexpr std::size_t countSettings() {
+  std::size_t count = 0;
+  for (const CatalogueCategory& category : kCategories) count += category.settings.size();
+  return count;
+}
+
+constexpr auto sortSettings() {
+  std::array<const CatalogueSetting*, countSettings()> sorted{};
+  std::size_t count = 0;
+  for (const CatalogueCategory& category : kCategories) {
+    for (const CatalogueSetting& setting : category.settings) sorted.at(count++) = &setting;
+  }
+  std::sort(sorted.begin(), sorted.end(), hasSmallerId);
+  return sorted;
+}
+
+// Sorted by the compiler.
+constexpr auto kSettingsById = sortSettings();
+constexpr Catalogue kCompiledIn(kCategories, kSettingsById, Origin::compiledIn);
 
 }  // namespace
 
-std::span<const CatalogueCategory> Catalogue::categories() { return kCategories; }
-
-const CatalogueCategory* Catalogue::category(int32_t categoryId) {
-  for (const CatalogueCategory& category : kCategories) {
-    if (category.id == categoryId) return &category;
-  }
-  return nullptr;
+// It shares nothing, so it costs no counter.
+std::shared_ptr<const Catalogue> Catalogue::compiledIn() {
+  return {std::shared_ptr<const Catalogue>(), &kCompiledIn};
 }
 
-const CatalogueSetting* Catalogue::setting(int32_t settingId) {
-  const auto position = static_cast<std::size_t>(settingId);  // of a negative id: past the end
-  return position < kSettingsById.size() ? kSettingsById[position] : nullptr;
+const CatalogueCategory* Catalogue::category(int32_t categoryId) const {
+  const auto found = std::ranges::find(categories_, categoryId, &CatalogueCategory::id);
+  return found == categories_.end() ? nullptr : &*found;
+}
+
+const CatalogueSetting* Catalogue::setting(int32_t settingId) const {
+  const auto found = std::ranges::lower_bound(settingsById_, settingId, {}, &CatalogueSetting::id);
+  return found == settingsById_.end() || (*found)->id != settingId ? nullptr : *found;
 }
 
 }  // namespace tn::registry

@@ -1,5 +1,6 @@
-// What settings the local engine has: constant data, compiled in. It knows nothing of where changed
-// values are kept.
+// What settings there are: names, types, limits, defaults and descriptions, constant from the
+// moment that the catalogue is made. It knows nothing of where changed values are kept, so any
+// store can serve it.
 //
 // Values are held in their canonical text form, the same in which a store keeps them:
 //   boolean    "1" or "0"
@@ -10,6 +11,7 @@
 #define KNOB_TUNING_REGISTRY_CATALOGUE_H
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string_view>
 
@@ -41,13 +43,32 @@ struct CatalogueCategory {
   std::span<const CatalogueSetting> settings;
 };
 
+// Who wrote a catalogue. Its users may tighten the limits of a setting that has a value already;
+// the compiled one never refuses what it once took.
+enum class Origin { compiledIn, users };
+
 class Catalogue {
  public:
+  // The settings that are compiled in. Nothing is allocated or built for them at run time.
+  static std::shared_ptr<const Catalogue> compiledIn();
+
+  // Over tables that live at least as long as the catalogue. Ids are unique, `settingsById` holds
+  // every setting of the categories by ascending id.
+  constexpr Catalogue(std::span<const CatalogueCategory> categories,
+                      std::span<const CatalogueSetting* const> settingsById, Origin origin)
+      : categories_(categories), settingsById_(settingsById), origin_(origin) {}
+
   // In display order.
-  static std::span<const CatalogueCategory> categories();
+  std::span<const CatalogueCategory> categories() const { return categories_; }
   // Null for an id that does not exist.
-  static const CatalogueCategory* category(int32_t categoryId);
-  static const CatalogueSetting* setting(int32_t settingId);
+  const CatalogueCategory* category(int32_t categoryId) const;
+  const CatalogueSetting* setting(int32_t settingId) const;
+  Origin origin() const { return origin_; }
+
+ private:
+  std::span<const CatalogueCategory> categories_;
+  std::span<const CatalogueSetting* const> settingsById_;
+  Origin origin_;
 };
 
 }  // namespace tn::registry

@@ -9,24 +9,28 @@
 namespace tn::registry {
 namespace {
 
-const CatalogueCategory& knownCategory(int32_t categoryId) {
-  const CatalogueCategory* category = Catalogue::category(categoryId);
-  if (category == nullptr) throw TuningError(TN_UNKNOWN_CATEGORY);
-  return *category;
-}
-
-const CatalogueSetting& knownSetting(int32_t settingId) {
-  const CatalogueSetting* setting = Catalogue::setting(settingId);
-  if (setting == nullptr) throw TuningError(TN_UNKNOWN_SETTING);
-  return *setting;
-}
-
 bool isSelection(TnValueType type) {
   return type == TN_TYPE_SINGLE_SELECTION || type == TN_TYPE_MULTIPLE_SELECTION;
 }
 
-// Both kinds of selection are read and written alike: either stands for the two.
-const CatalogueSetting& settingOfType(int32_t settingId, TnValueType type) {
+}  // namespace
+
+LocalEngine::LocalEngine(std::shared_ptr<const Catalogue> catalogue, std::unique_ptr<Store> store)
+    : catalogue_(std::move(catalogue)), store_(std::move(store)) {}
+
+const CatalogueCategory& LocalEngine::knownCategory(int32_t categoryId) const {
+  const CatalogueCategory* category = catalogue_->category(categoryId);
+  if (category == nullptr) throw TuningError(TN_UNKNOWN_CATEGORY);
+  return *category;
+}
+
+const CatalogueSetting& LocalEngine::knownSetting(int32_t settingId) const {
+  const CatalogueSetting* setting = catalogue_->setting(settingId);
+  if (setting == nullptr) throw TuningError(TN_UNKNOWN_SETTING);
+  return *setting;
+}
+
+const CatalogueSetting& LocalEngine::settingOfType(int32_t settingId, TnValueType type) const {
   const CatalogueSetting& setting = knownSetting(settingId);
   if (setting.type != type && !(isSelection(setting.type) && isSelection(type))) {
     throw TuningError(TN_WRONG_VALUE_TYPE);
@@ -34,20 +38,16 @@ const CatalogueSetting& settingOfType(int32_t settingId, TnValueType type) {
   return setting;
 }
 
-const CatalogueSetting& usableSetting(int32_t settingId, TnValueType type) {
+const CatalogueSetting& LocalEngine::usableSetting(int32_t settingId, TnValueType type) const {
   if (!knownSetting(settingId).available) throw TuningError(TN_SETTING_UNAVAILABLE);
   return settingOfType(settingId, type);
 }
-
-}  // namespace
-
-LocalEngine::LocalEngine(std::unique_ptr<Store> store) : store_(std::move(store)) {}
 
 void LocalEngine::connect() { values_ = store_->readAll(); }
 
 std::vector<int32_t> LocalEngine::categories() {
   std::vector<int32_t> ids;
-  for (const CatalogueCategory& category : Catalogue::categories()) ids.push_back(category.id);
+  for (const CatalogueCategory& category : catalogue_->categories()) ids.push_back(category.id);
   return ids;
 }
 
@@ -75,7 +75,7 @@ SettingInfo LocalEngine::setting(int32_t settingId) {
 }
 
 bool LocalEngine::isAvailable(int32_t settingId) {
-  const CatalogueSetting* setting = Catalogue::setting(settingId);
+  const CatalogueSetting* setting = catalogue_->setting(settingId);
   return setting != nullptr && setting->available;
 }
 
@@ -147,7 +147,10 @@ std::string_view LocalEngine::value(const CatalogueSetting& setting, Selector se
   if (selector == Selector::defaultValue) return setting.defaultValue;
   const auto kept = values().find(setting.id);
   if (kept == values().end()) return setting.defaultValue;
-  if (refusal(setting, kept->second) != TN_SUCCESS) throw TuningError(TN_STORE_DAMAGED);
+  if (refusal(setting, kept->second) != TN_SUCCESS) {
+    const bool damaged = catalogue_->origin() == Origin::compiledIn;
+    throw TuningError(damaged ? TN_STORE_DAMAGED : TN_VALUE_OUTSIDE_CATALOGUE);
+  }
   return kept->second;
 }
 

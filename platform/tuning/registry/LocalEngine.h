@@ -1,10 +1,12 @@
-// The engine of this machine: the settings of the catalogue with the values of a store. It decides
+// The engine of this machine: the settings of a catalogue with the values of a store. It decides
 // which values a setting takes; the catalogue only says what they must be like, the store only
 // keeps them.
 //
 // Values are read from the store all at once, before each change, and when one is asked for after a
-// change. A kept value that the catalogue does not allow can only come from a store that was
-// tampered with: reading it throws TN_STORE_DAMAGED, setting the setting anew repairs it.
+// change. A kept value that the compiled catalogue does not allow can only come from a store that
+// was tampered with: reading it throws TN_STORE_DAMAGED. With a catalogue of its users it is one
+// that was tightened since: TN_VALUE_OUTSIDE_CATALOGUE. Setting the setting anew repairs both. Kept
+// values of settings that the catalogue does not know are left alone.
 #ifndef KNOB_TUNING_REGISTRY_LOCAL_ENGINE_H
 #define KNOB_TUNING_REGISTRY_LOCAL_ENGINE_H
 
@@ -23,7 +25,7 @@ namespace tn::registry {
 
 class LocalEngine final : public Engine {
  public:
-  explicit LocalEngine(std::unique_ptr<Store> store);
+  LocalEngine(std::shared_ptr<const Catalogue> catalogue, std::unique_ptr<Store> store);
 
   // Reads the values, so that a store that cannot be read is found before anything is asked for.
   // An engine that is not connected reads them when the first one is asked for.
@@ -57,11 +59,19 @@ class LocalEngine final : public Engine {
  private:
   using Values = std::map<int32_t, std::string>;
 
+  // These throw the status that tells why there is no such thing.
+  const CatalogueCategory& knownCategory(int32_t categoryId) const;
+  const CatalogueSetting& knownSetting(int32_t settingId) const;
+  // Both kinds of selection are read and written alike: either stands for the two.
+  const CatalogueSetting& settingOfType(int32_t settingId, TnValueType type) const;
+  const CatalogueSetting& usableSetting(int32_t settingId, TnValueType type) const;
+
   const Values& values();
   // In canonical form, checked.
   std::string_view value(const CatalogueSetting& setting, Selector selector);
   void keep(const CatalogueSetting& setting, const std::string& canonical);
 
+  std::shared_ptr<const Catalogue> catalogue_;
   std::unique_ptr<Store> store_;
   std::optional<Values> values_;  // as the store held them last
 };

@@ -15,14 +15,6 @@ TnStatus refusedBoolean(const CatalogueSetting& /*setting*/, std::string_view ca
   return canonical == "0" || canonical == "1" ? TN_SUCCESS : TN_VALUE_OUT_OF_RANGE;
 }
 
-// A symbolic maximum stands for what the machine has, which the engine only finds out when it uses
-// the value: it allows all that the type can hold.
-int32_t largest(const CatalogueSetting& setting) {
-  const bool symbolic = setting.maximum == TN_MAX_MEMORY || setting.maximum == TN_MAX_DISK ||
-                        setting.maximum == TN_MAX_MEMORY_AND_DISK;
-  return symbolic ? std::numeric_limits<int32_t>::max() : setting.maximum;
-}
-
 TnStatus refusedInteger(const CatalogueSetting& setting, std::string_view canonical) {
   const std::optional<int32_t> value = parseInteger(canonical);
   const bool inRange = value && *value >= setting.minimum && *value <= largest(setting);
@@ -74,6 +66,12 @@ static_assert(TN_TYPE_BOOLEAN == 0 && TN_TYPE_INTEGER == 1 && TN_TYPE_STRING == 
 
 TnStatus refusal(const CatalogueSetting& setting, std::string_view canonical) {
   return kRules[setting.type](setting, canonical);
+}
+
+int32_t largest(const CatalogueSetting& setting) {
+  const bool symbolic = setting.maximum == TN_MAX_MEMORY || setting.maximum == TN_MAX_DISK ||
+                        setting.maximum == TN_MAX_MEMORY_AND_DISK;
+  return symbolic ? std::numeric_limits<int32_t>::max() : setting.maximum;
 }
 
 std::string formatItems(std::span<const int32_t> items) {

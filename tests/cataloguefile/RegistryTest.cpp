@@ -1,0 +1,231 @@
+// knob, knob-catalogue and a service in C on registries over SQLite files.
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <tuple>
+#include <vector>
+
+#include "service/TuningInterface.h"
+#include "support/Process.h"
+#include "support/TempFolder.h"
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+const std::string kExample = readFile(KNOB_SOURCE_DIR "/examples/orders.toml");
+
+class Registry : public testing::Test {
+ protected:
+  Registry() { writeFile(catalogue, kExample); }
+
+  Outcome run(Words words) const {
+    words.insert(words.end(), {"-S", "registry:" + catalogue});
+    return knob(folder.path(), words).run();
+  }
+  Outcome beside(const std::string& program, Words words) const {
+    words.insert(words.begin(), programFolder() + "/" + program);
+    Process process{words, {}};
+    process.folder = folder.path();
+    return process.run();
+  }
+  // The catalogue in its next edition.
+  void edit(const std::string& from, const std::string& to) const {
+    std::string text = readFile(catalogue);
+    const size_t at = text.find(from);
+    ASSERT_NE(at, text.npos) << from;
+    writeFile(catalogue, text.replace(at, from.size(), to));
+  }
+  // "" for none.
+  std::string kept(int id) const {
+    sqlite3* database = nullptr;
+    sqlite3_open((folder / "orders.db").c_str(), &database);
+    std::string value;
+    const std::string query = "SELECT value FROM setting WHERE id = " + std::to_string(id);
+    const auto take = [](void* to, int, char** columns, char**) {
+      *static_cast<std::string*>(to) = columns[0];
+      return 0;
+    };
+    sqlite3_exec(database, query.c_str(), take, &value, nullptr);
+    sqlite3_close(database);
+    return value;
+  }
+
+  const TempFolder folder;
+  const std::string catalogue = folder / "orders.toml";
+};
+
+void expectPart(const std::string& text, const std::string& part) {
+  EXPECT_NE(text.find(part), text.npos) << part << "\nin\n" << text;
+}
+
+TEST_F(Registry, IsShownAndChangedLikeAnyEngine) {
+  const std::tuple<Words, int, const char*> cases[] = {
+      {{"1001"}, 0, "\tRange: 1 to 500\n\tDefault Value: 20\n\tDescription (server setting): Conn"},
+      {{"1001"}, 0, "Current Value: 20\n"},
+      {{"1001", "40"}, 0, "Setting 1001 was updated.\n"},
+      {{"1001"}, 0, "Current Value: 40\n"},
+      {{"1001", "501"}, 1, "7202: "},
+      {{"204"}, 0, "Range: 16 to "},
+      {{"204", "2147483647"}, 0, "Setting 204 was updated. Changes that need a restart"},
+      {{"2001", "CLOSED"}, 0, "Setting 2001 was updated.\n"},
+      {{"2001"}, 0, "Current Value: closed\n"},
+      {{"2002"}, 0, "Default Value: 0 2\n"},
+      {{"2002", "3", "1"}, 0, "Setting 2002 was updated.\n"},
+      {{"2003"}, 0, "\t\t2\twhen paid\n"},
+      {{"2003", "3"}, 1, "7203: "},
+      {{"2004"}, 0, "Description (client setting): "},
+      {{"2004", "Grüße für %s & 'Co'"}, 0, "Setting 2004 was updated.\n"},
+      {{"74"}, 0, "Current Value: \n"},
+      {{"25"}, 1, "There is no setting with this id"},
+      {{"-H", "pool"}, 0, "1001\tPool Size\n1002\tPool Wait Limit\n1003\tCheck Pooled Conn"},
+      {{"1001", "-U", "root"}, 1, "7105: "},
+  };
+  for (const auto& [words, status, expected] : cases) {
+    SCOPED_TRACE(words[0] + " " + expected);
+    const Outcome outcome = run(words);
+    EXPECT_EQ(outcome.status, status);
+    expectPart(outcome.out + outcome.err, expected);
+  }
+  EXPECT_EQ(readFile(folder / "orders.db").substr(0, 6), "SQLite") << "not beside the catalogue";
+}
+
+TEST_F(Registry, CarriesItsValuesToAnother) {
+  for (const Words& words : {Words{"1001", "77"},
+                             {"2001", "closed"},
+                             {"2002", "3", "1"},
+                             {"2004", "Thank you :)"},
+                             {"74", "a,b"}}) {
+    ASSERT_EQ(run(words).status, 0);
+  }
+  ASSERT_EQ(run({"-O", folder / "first.txt"}).status, 0);
+  ASSERT_EQ(run({"-O", folder / "first.json", "-JSON"}).status, 0);
+  std::filesystem::remove(folder / "orders.db");
+  const Outcome import = run({"-I", folder / "first.txt"});
+  EXPECT_TRUE(import.status == 0 && import.err.empty()) << import.err;
+  ASSERT_EQ(run({"-O", folder / "second.json", "-JSON"}).status, 0);
+  EXPECT_EQ(readFile(folder / "first.json"), readFile(folder / "second.json"));
+  EXPECT_EQ(kept(2002), "3 1");
+}
+
+TEST_F(Registry, OutlivesEditionsOfItsCatalogue) {
+  ASSERT_EQ(run({"1001", "400"}).status, 0);
+  ASSERT_EQ(run({"1002", "5"}).status, 0);
+  edit("maximum = 500", "maximum = 300");
+  expectPart(run({"1001"}).err, "7706: ");
+  expectPart(run({"1002"}).out, "Current Value: 5\n");
+  EXPECT_EQ(run({"1001", "400"}).status, 1);
+  EXPECT_EQ(kept(1001), "400");
+  EXPECT_EQ(run({"1001", "300"}).status, 0);
+  expectPart(run({"1001"}).out, "Current Value: 300\n");
+
+  // Another setting in the place of 1002: the kept value stays for the edition that has it back.
+  edit("id = 1002", "id = 1099");
+  EXPECT_EQ(run({"1002"}).status, 1);
+  EXPECT_EQ(run({"1099", "7"}).status, 0);
+  EXPECT_EQ(kept(1002), "5");
+  edit("id = 1099", "id = 1002");
+  expectPart(run({"1002"}).out, "Current Value: 5\n");
+
+  edit("type = \"integer\"\n  minimum = 1\n  maximum = 300\n  default = 20",
+       "type = \"boolean\"\n  default = true");
+  expectPart(run({"1001"}).err, "7706: ");
+  EXPECT_EQ(run({"1001", "off"}).status, 0);
+}
+
+TEST_F(Registry, OpensNothingWithACatalogueThatIsWrong) {
+  const std::tuple<const char*, const char*, const char*> cases[] = {
+      {"[[category]]", "[category", "7703: "},
+      {"minimum = 1\n", "", "7704: "},
+      {"\"orders.db\"", "\"postgresql://host/orders\"", "7705: "}};
+  for (const auto& [from, to, expected] : cases) {
+    writeFile(catalogue, kExample);
+    edit(from, to);
+    const Outcome outcome = run({"1001", "30"});
+    EXPECT_EQ(outcome.status, 1);
+    expectPart(outcome.err, expected);
+    expectPart(outcome.err, "knob-catalogue FILE");
+  }
+  std::filesystem::remove(catalogue);
+  expectPart(run({"1001", "30"}).err, "7701: ");
+  std::filesystem::create_directory(catalogue);
+  expectPart(run({"1001", "30"}).err, "7702: ");
+  EXPECT_FALSE(std::filesystem::exists(folder / "orders.db"));
+  expectPart(knob(folder.path(), {"1001", "-S", "registry:"}).run().err, "7104: ");
+}
+
+TEST_F(Registry, IsReadByAServiceInC) {
+  EXPECT_EQ(beside("read-settings", {"registry:orders.toml"}).out,
+            "pool of 20, orders open, \"Thank you for your order.\"\n");
+  ASSERT_EQ(run({"1001", "33"}).status + run({"2001", "closed"}).status, 0);
+  EXPECT_EQ(beside("read-settings", {"registry:orders.toml"}).out,
+            "pool of 33, orders closed, \"Thank you for your order.\"\n");
+  const Outcome none = beside("read-settings", {"registry:none.toml"});
+  EXPECT_EQ(none.status, 1);
+  EXPECT_EQ(none.err, "The settings cannot be read: status 7701\n");
+}
+
+TEST_F(Registry, LoadsNoMoreThanItNeeds) {
+  const auto loaded = [this](const std::string& server) {
+    Process process = knob(folder.path(), {"2001", "-S", server});
+    process.environment["LD_DEBUG"] = "libs";
+    return process.run().err;
+  };
+  const std::string registry = loaded("registry:" + catalogue);
+  expectPart(registry, "libtn-registry.so");
+  for (const char* library : {"libcurl", "libtn-etcd", "libpq", "libtomlplusplus"}) {
+    EXPECT_EQ(registry.find(library), registry.npos) << library;
+  }
+  EXPECT_EQ(loaded("file:" + folder / "s.db").find("libtn-"), registry.npos);
+}
+
+// In a tree of its own, with a double in the place of etcd's module.
+TEST_F(Registry, IsOpenedInEtcdByTheModuleForIt) {
+  const std::string built = programFolder() + "/../";
+  for (const char* file : {"bin/knob", "lib/libtn.so.1", "lib/knob/libtn-registry.so",
+                           "share/knob/KNOB.properties", "share/knob/TNMSG.properties"}) {
+    std::filesystem::create_directories(std::filesystem::path(folder / file).parent_path());
+    std::filesystem::copy_file(built + file, folder / file);
+  }
+  edit("\"orders.db\"", "\"etcds://my:pw@a,b/orders\"");
+  expectPart(beside("knob-catalogue", {"orders.toml"}).out, "values in etcds://a,b/orders\n");
+  const Words show = {
+      folder / "bin/knob", "2004", "-S", "registry:" + catalogue, "-U", "me", "-P", "secret"};
+  expectPart(Process{show, {}}.run().err, "7106: ");
+  std::filesystem::copy_file(ETCD_DOUBLE, folder / "lib/knob/libtn-etcd.so");
+  const Outcome shown = Process{show, {}}.run();
+  expectPart(shown.out, "Current Value: etcds://my:pw@a,b/orders me secret\n");
+  EXPECT_EQ(shown.status, 0) << shown.err;
+}
+
+TEST_F(Registry, HasACompanionThatChecksCatalogues) {
+  edit("default = 20", "default = 0");
+  edit("name = \"Stock Check\"", "name = \"Pool\\u001bSize\"\n\"a\\nb\" = 1");
+  const Outcome wrong = beside("knob-catalogue", {"orders.toml"});
+  EXPECT_EQ(wrong.status, 1);
+  EXPECT_EQ(wrong.out,
+            "orders.toml:19: setting 1001: the default 0 is outside 1 to 500\n"
+            "orders.toml:59: setting 2003: the name holds a line end or another control character\n"
+            "orders.toml:60: setting 2003: a setting of type one-of has no key \"a\\x0ab\"\n");
+  EXPECT_EQ(beside("knob-catalogue", {"none.toml"}).out,
+            "none.toml: cannot be read: No such file or directory\n");
+
+  EXPECT_EQ(beside("knob-catalogue", {"--new", "new.toml"}).status, 0);
+  EXPECT_EQ(beside("knob-catalogue", {"--new"}).out, readFile(folder / "new.toml"));
+  EXPECT_EQ(beside("knob-catalogue", {"new.toml"}).out,
+            "new.toml: My service, 6 settings in 2 categories, values in settings.db\n");
+  writeFile(folder / "new.toml", "mine");
+  EXPECT_EQ(beside("knob-catalogue", {"--new", "new.toml"}).status, 1);
+  EXPECT_EQ(readFile(folder / "new.toml"), "mine");
+
+  expectPart(beside("knob-catalogue", {"--version"}).out, "knob-catalogue ");
+  for (const Words& words : {Words{}, {"a", "b"}, {"--nonsense"}, {"--new", "a", "b"}}) {
+    const Outcome refused = beside("knob-catalogue", words);
+    EXPECT_EQ(refused.status, 1);
+    expectPart(refused.err, "Usage: ");
+  }
+  Process full{{programFolder() + "/knob-catalogue", "--help"}, {}};
+  full.outTo = "/dev/full";
+  EXPECT_EQ(full.run().status, 1);
+}
+
+}  // namespace
