@@ -4,6 +4,8 @@
 //   ""  localhost  the machine's own host name   the local engine on the user's default store
 //   file:PATH                                    the local engine on the store file PATH
 //   postgresql://...  postgres://...             a PostgreSQL server, through an engine module
+//   etcd://...  etcds://...                      the local engine's settings, kept in etcd for many
+//                                                machines, through an engine module
 //
 // Host names are compared without regard to case, prefixes exactly. Engine modules lie in the
 // folder `knob` next to this library and stay loaded once they are.
