@@ -130,10 +130,11 @@ Address Address::parse(std::string_view server, std::string_view user, std::stri
     named = loginInName(authority.substr(0, at));
     authority.remove_prefix(at + 1);
   }
-  do {
+  for (bool more = true; more;) {
+    more = authority.find(',') != std::string_view::npos;
     address.endpoints.push_back(
         endpointOf(secure ? "https://" : "http://", takeUntil(authority, ',')));
-  } while (!authority.empty());
+  }
 
   address.user = !user.empty() ? user : !named.user.empty() ? named.user : environment.user;
   // A password that stands beside a name belongs to that name alone.

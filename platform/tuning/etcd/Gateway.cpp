@@ -138,16 +138,17 @@ std::optional<Json> Gateway::change(const char* path, const Json& request,
 std::optional<Json> Gateway::call(const char* path, const Json& request, bool repeatable,
                                   http::Deadline deadline) {
   failAtOnceAfterOutage();
-  for (bool loggedIn = false;; token_.clear()) {
+  constexpr int kLogins = 2;  // a server that lags behind may not know a new token yet
+  for (int logins = 0;; token_.clear()) {
     if (loginWanted_ && token_.empty()) {
       logIn(deadline);
-      loggedIn = true;
+      ++logins;
     }
     Reading reading = settle(path, request, repeatable, deadline);
     const auto [verdict, status] = reading.meaning;
     if (verdict == Verdict::done) return std::move(reading.answer);
     if (verdict == Verdict::lost) return std::nullopt;
-    if (verdict != Verdict::login || !loginWanted_ || loggedIn) giveUp(status);
+    if (verdict != Verdict::login || !loginWanted_ || logins == kLogins) giveUp(status);
   }
 }
 
