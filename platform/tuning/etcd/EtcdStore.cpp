@@ -126,7 +126,8 @@ void EtcdStore::change(int32_t settingId, const std::string& value, http::Deadli
   }
 }
 
-// Walks back from what is stored now to what was seen before the change.
+// Walks back from what is stored now to what was seen before the change. Somebody may have removed
+// the key on the way, which leaves no trace but that the key was made anew; knob removes none.
 bool EtcdStore::wasStored(int32_t settingId, const std::string& value, int64_t since,
                           http::Deadline deadline) {
   if (revisionOf(settingId) == 0) {
