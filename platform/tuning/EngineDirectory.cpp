@@ -140,6 +140,10 @@ constexpr ServerForm kServerForms[] = {
        return server.starts_with("postgresql://") || server.starts_with("postgres://");
      },
      [](const Login& login) { return openModule("libtn-postgresql.so", login); }},
+    {[](const std::string& server) {
+       return server.starts_with("etcd://") || server.starts_with("etcds://");
+     },
+     [](const Login& login) { return openModule("libtn-etcd.so", login); }},
 };
 
 }  // namespace

@@ -7,6 +7,8 @@
 //   with
 //                                                their values where it says
 //   postgresql://...  postgres://...             a PostgreSQL server, through an engine module
+//   etcd://...  etcds://...                      the local engine's settings, kept in etcd for many
+//                                                machines, through an engine module
 //
 // Host names are compared without regard to case, prefixes exactly. Engine modules lie in the
 // folder `knob` next to this library, or beside it where its own folder has that name, and stay

@@ -1,0 +1,53 @@
+// A server on a free port of 127.0.0.1 that answers every HTTP request with what the test gives it,
+// byte for byte, and keeps the requests. Ends with the object.
+#ifndef KNOB_TESTS_HTTP_HTTP_DOUBLE_H
+#define KNOB_TESTS_HTTP_HTTP_DOUBLE_H
+
+#include <functional>
+#include <list>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+struct Reply {
+  std::string bytes;   // an answer that is not complete and not closed is one to wait for
+  bool close = false;  // ends the connection after it
+};
+
+class HttpDouble {
+ public:
+  // Called with the whole request, from one thread for each connection.
+  using Script = std::function<Reply(std::string const& request)>;
+
+  explicit HttpDouble(Script script);
+  ~HttpDouble();
+
+  std::string address() const { return "127.0.0.1:" + std::to_string(port_); }
+  std::vector<std::string> requests() const;
+
+ private:
+  void serve(int connection);
+
+  Script script_;
+  int port_ = 0;
+  int listener_;
+  mutable std::mutex mutex_{};
+  std::vector<std::string> requests_{};
+  std::list<std::pair<int, std::thread>> connections_{};
+  std::thread acceptor_{};
+};
+
+// A complete answer.
+std::string httpAnswer(int status, std::string const& body, std::string const& headers = "");
+
+// Reads one message of HTTP, as far as its head and Content-Length say; less if the peer ends it.
+std::string readHttpMessage(int connection);
+
+// Opens a connection to a port of 127.0.0.1; -1 when nobody listens there.
+int connectTo(int port);
+
+// A port of 127.0.0.1 that nobody uses at the moment.
+int freePort();
+
+#endif
