@@ -14,6 +14,9 @@
 namespace tn::postgresql {
 
 struct Setting {
+  static constexpr char kOn[] = "on";
+  static constexpr char kOff[] = "off";
+
   int32_t id = 0;
   TnValueType type = TN_TYPE_STRING;
   bool real = false;  // a string that holds a number with a fraction
@@ -26,6 +29,9 @@ struct Setting {
   std::string_view longText;
   std::string_view minimum;
   std::string_view maximum;
+
+  int32_t lowest = 0;  // of an integer
+  int32_t highest = 0;
 
   // Values as they are shown: integers in decimal, selections as the text of the item.
   std::string fallback;  // the default

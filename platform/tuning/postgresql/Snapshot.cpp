@@ -190,6 +190,7 @@ Setting Snapshot::build(const Place& place) const {
   setting.minimum = rows_.text(row, kMinimum);
   setting.maximum = rows_.text(row, kMaximum);
   readType(setting, row);
+  readLimits(setting);
   readValues(setting, row);
   addChoice(setting, setting.fallback);
   addChoice(setting, setting.current);
@@ -210,6 +211,12 @@ void Snapshot::readType(Setting& setting, int row) const {
   setting.server = !holds(kClientContexts, context);
   setting.needsRestart = context == "postmaster";
   setting.preset = context == "internal";
+}
+
+void Snapshot::readLimits(Setting& setting) {
+  if (setting.type != TN_TYPE_INTEGER) return;
+  setting.lowest = ValueText::integer(setting.minimum, {}).value_or(0);
+  setting.highest = ValueText::integer(setting.maximum, {}).value_or(0);
 }
 
 // `setting` may be a text made for display ("0600", "(disabled)") where `reset_val` has the value;
@@ -234,7 +241,7 @@ std::string Snapshot::shown(std::string_view text, const Setting& setting) {
   switch (setting.type) {
     case TN_TYPE_BOOLEAN: {
       const auto value = ValueText::boolean(text);
-      return value ? (*value ? "on" : "off") : setting.fallback;
+      return value ? (*value ? Setting::kOn : Setting::kOff) : setting.fallback;
     }
     case TN_TYPE_INTEGER:
       return shownInteger(text, setting.unit, setting.fallback);
@@ -243,6 +250,14 @@ std::string Snapshot::shown(std::string_view text, const Setting& setting) {
     default:
       return shownString(text, setting, setting.fallback);
   }
+}
+
+bool Snapshot::same(const std::string& a, const std::string& b, const Setting& setting) {
+  if (a == b) return true;
+  if (!setting.real) return false;
+  const auto left = ValueText::real(a, setting.unit);
+  const auto right = ValueText::real(b, setting.unit);
+  return left && right && *left == *right;
 }
 
 bool Snapshot::hasName(std::string_view name) const {

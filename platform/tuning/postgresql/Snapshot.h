@@ -36,6 +36,8 @@ class Snapshot {
 
   // A value as it is shown, whether the server or a person wrote the text.
   static std::string shown(std::string_view text, const Setting& setting);
+  // True when both texts, as they are shown, stand for one value.
+  static bool same(const std::string& a, const std::string& b, const Setting& setting);
 
  private:
   struct Place {
@@ -48,6 +50,7 @@ class Snapshot {
   std::string asTheServerTells(Connection& connection, int row, std::string_view text) const;
   Setting build(const Place& place) const;
   void readType(Setting& setting, int row) const;
+  static void readLimits(Setting& setting);
   void readValues(Setting& setting, int row) const;
 
   Result rows_;
