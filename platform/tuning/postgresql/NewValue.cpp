@@ -35,7 +35,14 @@ NewValue NewValue::ofText(const Setting& setting, const std::string& value) {
   if (setting.list == NameList::Kind::none) return {value, {value}, false};
   auto names = NameList::ofPerson(value);
   if (!names) throw TuningError(TN_LIST_MALFORMED);
+  if (setting.listIsOneText) return ofOneText(setting, NameList::shown(*names));
   return {NameList::shown(*names), std::move(*names), true};
+}
+
+// As the running server has it, where that is the same list: another text would wait for a restart.
+NewValue NewValue::ofOneText(const Setting& setting, const std::string& list) {
+  if (list != setting.current) return {list, {list}, false};
+  return {list, {std::string(setting.running)}, false};
 }
 
 NewValue NewValue::ofChoice(const Setting& setting, const std::vector<int32_t>& items) {
@@ -48,6 +55,6 @@ NewValue NewValue::ofChoice(const Setting& setting, const std::vector<int32_t>& 
   return {text, {text}, false};
 }
 
-std::string NewValue::text() const { return list_ ? NameList::stored(parts_) : shown_; }
+std::string NewValue::text() const { return list_ ? NameList::stored(parts_) : parts_.front(); }
 
 }  // namespace tn::postgresql

@@ -28,6 +28,7 @@ class NewValue {
   bool isEmptyList() const { return parts_.empty(); }
 
  private:
+  static NewValue ofOneText(const Setting& setting, const std::string& list);
   NewValue(std::string shown, std::vector<std::string> parts, bool list);
 
   std::string shown_;

@@ -1,20 +1,24 @@
 #include "tuning/postgresql/PostgresEngine.h"
 
 #include <algorithm>
-#include <chrono>
 #include <string_view>
-#include <thread>
+#include <utility>
+#include <vector>
 
 #include "tuning/TuningError.h"
 #include "tuning/postgresql/AlterSystem.h"
 #include "tuning/postgresql/KnownSettings.h"
+#include "tuning/postgresql/Reload.h"
 
 namespace tn::postgresql {
 namespace {
 
-constexpr std::chrono::seconds kReloadPatience{5};
-constexpr std::chrono::microseconds kFirstReloadPause{200};
-constexpr std::chrono::microseconds kLongestReloadPause{50000};
+constexpr int kGrantsSettings = 150000;  // rights on single settings
+
+bool isWritten(const Setting& setting, std::string_view text) {
+  return text == *setting.written ||
+         Snapshot::same(Snapshot::shown(text, setting), *setting.written, setting);
+}
 
 // Where the server keeps its own files is not for carrying to another server.
 bool isReadOnly(const Setting& setting) {
@@ -28,26 +32,45 @@ bool isReadOnly(const Setting& setting) {
 PostgresEngine::PostgresEngine(const char* server, const char* user, const char* password)
     : PostgresReader(server, user, password) {}
 
+// Whatever was lost, the changes are stored: the server has only to be told.
 void PostgresEngine::leave() {
-  if (changed_) takeEffect();
+  if (unloaded_.empty()) return;
+  try {
+    takeEffect();
+  } catch (const TuningError& error) {
+    if (error.status() != TN_CONNECTION_LOST) throw;
+    takeEffectOverNewConnection();
+  }
+}
+
+void PostgresEngine::takeEffectOverNewConnection() {
+  try {
+    connection().reopen();
+    takeEffect();
+  } catch (const TuningError& error) {
+    throw TuningError(error.status() == TN_CHANGE_NOT_IN_FORCE ? TN_CHANGE_NOT_IN_FORCE
+                                                               : TN_CHANGES_NOT_LOADED);
+  }
 }
 
 void PostgresEngine::beforeReading() {
-  if (!changed_) return;
-  takeEffect();
+  if (!stale_) return;
+  if (!unloaded_.empty()) takeEffect();
   readAgain();
-  files_.reset();  // they were read before what this run has written
+  files_.reset();
+  stale_ = false;
 }
 
 // True when setting the value would change nothing: neither what is in force nor what is stored and
 // waits for a restart or only for the server to read its files again.
 bool PostgresEngine::isCurrent(const Setting& setting, const std::string& wanted) {
   if (setting.written) return Snapshot::same(*setting.written, wanted, setting);
+  if (setting.ofCommandLine) return Snapshot::same(setting.current, wanted, setting);
   if (!setting.currentIsKnown || setting.changeMayWait ||
       !Snapshot::same(setting.current, wanted, setting)) {
     return false;
   }
-  const auto stored = setting.ofCommandLine ? std::nullopt : files().storedValue(setting.name);
+  const auto stored = files().storedValue(setting.name);
   return !stored || Snapshot::same(Snapshot::shown(*stored, setting), wanted, setting);
 }
 
@@ -56,55 +79,102 @@ ServerFiles& PostgresEngine::files() {
   return *files_;
 }
 
-bool PostgresEngine::resetLeavesItEmpty(const Setting& setting) {
-  if (!files().readable() || setting.ofCommandLine) return false;
-  const auto text = files().valueAfterReset(setting.name);
-  return text ? text->empty() : setting.fallback.empty();
-}
-
+// The first change of a run is in force when this returns, and so tells that the others, which wait
+// for the end of the run, will be.
 void PostgresEngine::store(Setting& setting, const NewValue& value) {
   if (isCurrent(setting, value.shown())) return;
   checkChangeable(setting);
-  connection().query(statement(setting, value));
+  write(setting, statement(setting, value));
   setting.written = value.shown();
-  changed_ = true;
+  unloaded_.push_back(&setting);
+  stale_ = true;
+  if (!std::exchange(begun_, true)) takeEffect();
 }
 
-// The server would store an empty list as a list with one empty name. So what was set before is
-// taken away, and only where that leaves the list empty.
+void PostgresEngine::write(const Setting& setting, const std::string& statement) {
+  try {
+    connection().query(statement);
+  } catch (const TuningError& error) {
+    if (error.status() != TN_NOT_PERMITTED || !mayChange(setting)) throw;
+    throw TuningError(TN_CONFIGURATION_LOCKED);
+  }
+}
+
+// The server gives one code for a user without the right and for a file that it may not write
+// itself.
+bool PostgresEngine::mayChange(const Setting& setting) {
+  if (connection().isSuperuser()) return true;
+  if (connection().version() < kGrantsSettings) return false;
+  return connection()
+      .query("SELECT pg_catalog.has_parameter_privilege(" +
+             connection().literal(std::string(setting.name)) + ", 'ALTER SYSTEM')")
+      .flag(0, 0);
+}
+
 std::string PostgresEngine::statement(const Setting& setting, const NewValue& value) {
   if (value.isEmptyList()) {
     if (!resetLeavesItEmpty(setting)) throw TuningError(TN_EMPTY_LIST_REFUSED);
     return AlterSystem::reset(setting.name);
   }
+  if (resetGivesBackWhatRuns(setting, value)) return AlterSystem::reset(setting.name);
   std::vector<std::string> literals;
   for (const std::string& part : value.parts()) literals.push_back(connection().literal(part));
   return AlterSystem::set(setting.name, literals);
 }
 
-// A change that could not take effect is not made at all: leaving the engine reports nothing.
+// The server would store an empty list as a list with one empty name. So what was set before is
+// taken away, and only where that leaves the list empty.
+bool PostgresEngine::resetLeavesItEmpty(const Setting& setting) {
+  if (!files().readable()) return false;
+  const auto text = files().valueAfterReset(setting.name);
+  return text ? text->empty() : setting.fallback.empty();
+}
+
+// The server compares the texts of a list: the same names with other blanks or quotes wait for a
+// restart, and ALTER SYSTEM has its own way to write them.
+bool PostgresEngine::resetGivesBackWhatRuns(const Setting& setting, const NewValue& value) {
+  if (setting.list == NameList::Kind::none || !setting.needsRestart) return false;
+  if (value.shown() != setting.current || value.text() == setting.running) return false;
+  return files().readable() && files().valueAfterReset(setting.name) == setting.running;
+}
+
+// A change that could not take effect is not made at all.
 void PostgresEngine::checkChangeable(const Setting& setting) {
   if (isReadOnly(setting)) throw TuningError(TN_SETTING_READ_ONLY);
+  if (setting.ofCommandLine) {
+    throw TuningError(snapshot().isOfPatroni() ? TN_SET_BY_PATRONI : TN_SET_ON_COMMAND_LINE);
+  }
+  if (snapshot().alterSystemIsOff()) throw TuningError(TN_ALTER_SYSTEM_OFF);
   if (!files().mayReload()) throw TuningError(TN_RELOAD_NOT_PERMITTED);
   const auto isKnown = [this](std::string_view name) { return snapshot().hasName(name); };
   if (files().blocked(isKnown)) throw TuningError(TN_CONFIGURATION_FILE_ERRORS);
 }
 
-// The moment at which this session last loaded the configuration moves when it has done so again;
-// the server hands a new configuration to its sessions only after it has loaded it itself. A server
-// that does not answer in time is left alone: the result of leaving cannot be told anyway.
 void PostgresEngine::takeEffect() {
-  const auto deadline = std::chrono::steady_clock::now() + kReloadPatience;
-  const auto reload = connection().queryUntil(
-      "SELECT pg_catalog.pg_conf_load_time(), pg_catalog.pg_reload_conf()", deadline);
-  changed_ = false;
-  auto pause = kFirstReloadPause;
-  while (reload && std::chrono::steady_clock::now() < deadline) {
-    const auto now = connection().queryUntil("SELECT pg_catalog.pg_conf_load_time()", deadline);
-    if (!now || now->text(0, 0) != reload->text(0, 0)) return;
-    std::this_thread::sleep_for(pause);
-    pause = std::min(pause * 2, kLongestReloadPause);
-  }
+  std::vector<std::string_view> names;
+  for (const Setting* const setting : unloaded_) names.push_back(setting->name);
+  const auto rows = Reload::run(connection(), names);
+  const auto changed = std::exchange(unloaded_, {});
+  const bool inForce =
+      rows && std::all_of(changed.begin(), changed.end(),
+                          [&](const Setting* setting) { return isInForce(*setting, *rows); });
+  if (inForce) return;
+  for (Setting* const setting : changed) setting->written.reset();
+  throw TuningError(TN_CHANGE_NOT_IN_FORCE);
+}
+
+// What this session cannot see counts as in force.
+bool PostgresEngine::isInForce(const Setting& setting, const Result& rows) {
+  int row = 0;
+  while (row < rows.rows() && rows.text(row, Reload::kName) != setting.name) ++row;
+  if (row == rows.rows() || setting.ofNewSessions) return true;
+  if (Snapshot::isOfSession(rows.text(row, Reload::kSource))) return true;
+  if (setting.needsRestart && rows.flag(row, Reload::kPendingRestart)) return true;
+  if (isWritten(setting, rows.text(row, Reload::kConfigured))) return true;
+  // The server writes some values in another way than they were given.
+  const ServerFiles now(connection());
+  const auto given = now.value(setting.name);
+  return !now.readable() || (given && isWritten(setting, *given));
 }
 
 }  // namespace tn::postgresql
