@@ -40,6 +40,7 @@ std::string Pooler::uri() const {
 // As many as there are sessions at one time.
 void Pooler::openServerProcesses() const {
   std::vector<std::thread> sessions;
+  sessions.reserve(kProcesses);
   for (int i = 0; i < kProcesses; ++i) {
     sessions.emplace_back([this] {
       const Outcome run = server_.run({"/usr/bin/psql", "-XAtqc", "SELECT pg_sleep(0.5)", uri()});
