@@ -280,8 +280,7 @@ TEST_F(Postgres, ChangesWhatItMayAndWhatHelps) {
       {"server_version", "x", "7413"},     {"transaction_isolation", "0", "7413"},
       {"extension_destdir", "/x", "7413"}, {"work_mem", "63", "7202"},
       {"wal_level", "9", "7203"},          {"random_page_cost", "x", "7412"},
-      {"DateStyle", "nonsense", "7412"},   {"default_text_search_config", "no such", "7412"},
-      {"primary_slot_name", "A B", "7412"}};
+      {"DateStyle", "nonsense", "7412"},   {"default_text_search_config", "no such", "7412"}};
   for (Case const& c : refused) expectFailure(c.code, server().set(c.setting, c.value));
   const std::string id = server().id("work_mem");
   expectFailure("7414", server().knob({id, "5000", "-U", "plain"}).run());
