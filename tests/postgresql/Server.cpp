@@ -140,6 +140,10 @@ std::string Server::id(std::string const& name) const {
 
 Outcome Server::command(std::string const& program, std::vector<std::string> arguments) const {
   arguments.insert(arguments.begin(), kPrograms + program);
+  return run(std::move(arguments));
+}
+
+Outcome Server::run(std::vector<std::string> arguments) const {
   Process process{std::move(arguments), {{"HOME", folder()}, {"LC_ALL", "C.UTF-8"}}};
   process.environment["LOCPATH"] = folder() + kLocaleFolder;
   process.folder = folder();

@@ -37,6 +37,8 @@ class Server {
   // Takes every change back that a test has made to the configuration.
   void reset() const;
 
+  // Runs a program as the user that the server runs as.
+  Outcome run(std::vector<std::string> arguments) const;
   // knob on this server.
   Process knob(std::vector<std::string> arguments, std::string const& database = "postgres") const;
   // Settings are named here, not numbered.
