@@ -48,6 +48,11 @@ bool isReadOnly(const Setting& setting) {
          (known && known->category == Category::fileLocations);
 }
 
+// Of a setting that cannot be changed at all, that is what is wrong with any value.
+[[noreturn]] void refuse(const Setting& setting, TnStatus status) {
+  throw TuningError(isReadOnly(setting) ? TnStatus{TN_SETTING_READ_ONLY} : status);
+}
+
 }  // namespace
 
 PostgresEngine::PostgresEngine(const char* server, const char* user, const char* password)
@@ -103,7 +108,9 @@ std::string PostgresEngine::stringValue(int32_t settingId, Selector selector) {
 std::vector<int32_t> PostgresEngine::selectionValue(int32_t settingId, Selector selector) {
   const std::string& text = value(settingId, TN_TYPE_SINGLE_SELECTION, selector);
   const auto& items = known(settingId).items;
-  return {static_cast<int32_t>(std::find(items.begin(), items.end(), text) - items.begin())};
+  const auto found = std::find_if(items.begin(), items.end(),
+                                  [&text](const Choice& item) { return item.text == text; });
+  return {static_cast<int32_t>(found - items.begin())};
 }
 
 BooleanWords PostgresEngine::booleanWords(int32_t settingId) {
@@ -127,7 +134,7 @@ std::string PostgresEngine::selectionText(int32_t settingId, int32_t item) {
   if (item < 0 || static_cast<std::size_t>(item) >= items.size()) {
     throw TuningError(TN_UNKNOWN_ITEM);
   }
-  return items[static_cast<std::size_t>(item)];
+  return Choices::shown(items[static_cast<std::size_t>(item)]);
 }
 
 void PostgresEngine::setBoolean(int32_t settingId, bool value) {
@@ -138,7 +145,7 @@ void PostgresEngine::setBoolean(int32_t settingId, bool value) {
 void PostgresEngine::setInteger(int32_t settingId, int64_t value) {
   Setting& setting = known(settingId, TN_TYPE_INTEGER);
   if (value < number(setting.minimum) || value > number(setting.maximum)) {
-    throw TuningError(TN_VALUE_OUT_OF_RANGE);
+    refuse(setting, TN_VALUE_OUT_OF_RANGE);
   }
   const std::string text = std::to_string(value);
   change(setting, text, {text});
@@ -146,7 +153,9 @@ void PostgresEngine::setInteger(int32_t settingId, int64_t value) {
 
 void PostgresEngine::setString(int32_t settingId, const std::string& value) {
   Setting& setting = known(settingId, TN_TYPE_STRING);
-  if (std::any_of(value.begin(), value.end(), isControl)) throw TuningError(TN_CONTROL_CHARACTER);
+  if (std::any_of(value.begin(), value.end(), isControl)) {
+    refuse(setting, TN_CONTROL_CHARACTER);
+  }
   if (setting.list == NameList::Kind::none) {
     change(setting, value, {value});
   } else {
@@ -156,12 +165,12 @@ void PostgresEngine::setString(int32_t settingId, const std::string& value) {
 
 void PostgresEngine::setSelection(int32_t settingId, const std::vector<int32_t>& items) {
   Setting& setting = known(settingId, TN_TYPE_SINGLE_SELECTION);
-  if (items.size() != 1) throw TuningError(TN_ONE_CHOICE_REQUIRED);
-  const int32_t item = items.front();
-  if (item < 0 || static_cast<std::size_t>(item) >= setting.items.size()) {
-    throw TuningError(TN_NOT_A_CHOICE);
+  if (items.size() != 1) refuse(setting, TN_ONE_CHOICE_REQUIRED);
+  const auto item = static_cast<std::size_t>(items.front());
+  if (item >= setting.items.size() || !setting.items[item].available) {
+    refuse(setting, TN_NOT_A_CHOICE);
   }
-  const std::string& text = setting.items[static_cast<std::size_t>(item)];
+  const std::string& text = setting.items[item].text;
   change(setting, text, {text});
 }
 

@@ -64,6 +64,8 @@ constexpr std::string_view kDateStyle = "DateStyle";
 // Where nothing sets it, the server works out what the machine allows.
 constexpr std::string_view kWorkedOut = "max_stack_depth";
 
+constexpr int kRoundsFractions = 120000;  // the first version that does
+
 template <typename Range>
 bool holds(const Range& range, std::string_view text) {
   return std::find(std::begin(range), std::end(range), text) != std::end(range);
@@ -88,9 +90,9 @@ std::vector<std::string> elementsIn(std::string_view array) {
   return elements;
 }
 
-std::string shownInteger(std::string_view text, std::string_view unit,
+std::string shownInteger(std::string_view text, const Setting& setting,
                          const std::string& otherwise) {
-  const auto value = ValueText::integer(text, unit);
+  const auto value = ValueText::integer(text, setting.unit, setting.fractions);
   return value ? std::to_string(*value) : otherwise;
 }
 
@@ -107,18 +109,26 @@ std::string shownString(std::string_view text, const Setting& setting,
 
 std::string shownChoice(std::string_view text, const Setting& setting) {
   const auto item = ValueText::choice(text, setting.items);
-  return item ? setting.items[*item] : std::string(text);
+  return item ? setting.items[*item].text : std::string(text);
 }
 
 // The server takes some choices that it does not list; one that is in force has to have a place.
 void addChoice(Setting& setting, const std::string& choice) {
-  if (setting.type != TN_TYPE_SINGLE_SELECTION || holds(setting.items, choice)) return;
-  setting.items.push_back(choice);
+  if (setting.type != TN_TYPE_SINGLE_SELECTION) return;
+  const auto item = ValueText::choice(choice, setting.items);
+  if (!item) {
+    setting.items.push_back({choice});
+  } else {
+    setting.items[*item].available = true;
+  }
 }
 
 }  // namespace
 
-Snapshot::Snapshot(Connection& connection) : rows_(connection.query(kQuery)) {
+Snapshot::Snapshot(Connection& connection)
+    : rows_(connection.query(kQuery)),
+      fractions_(connection.serverVersion() < kRoundsFractions ? ValueText::Fractions::refused
+                                                               : ValueText::Fractions::rounded) {
   std::vector<std::string_view> names;
   std::vector<int> hidden;
   for (int row = 0; row < rows_.rows(); ++row) {
@@ -189,6 +199,7 @@ Setting Snapshot::build(const Place& place) const {
   setting.longText = rows_.text(row, kLongText);
   setting.minimum = rows_.text(row, kMinimum);
   setting.maximum = rows_.text(row, kMaximum);
+  setting.fractions = fractions_;
   readType(setting, row);
   readValues(setting, row);
   addChoice(setting, setting.fallback);
@@ -204,7 +215,7 @@ void Snapshot::readType(Setting& setting, int row) const {
   setting.real = type == "real";
   if (setting.type == TN_TYPE_STRING) setting.list = NameList::kindOf(setting.name);
   if (setting.type == TN_TYPE_SINGLE_SELECTION) {
-    setting.items = elementsIn(rows_.text(row, kChoices));
+    setting.items = Choices::of(setting.name, elementsIn(rows_.text(row, kChoices)));
   }
   const std::string_view context = rows_.text(row, kContext);
   setting.server = !holds(kClientContexts, context);
@@ -237,7 +248,7 @@ std::string Snapshot::shown(std::string_view text, const Setting& setting) {
       return value ? (*value ? "on" : "off") : setting.fallback;
     }
     case TN_TYPE_INTEGER:
-      return shownInteger(text, setting.unit, setting.fallback);
+      return shownInteger(text, setting, setting.fallback);
     case TN_TYPE_SINGLE_SELECTION:
       return shownChoice(text, setting);
     default:
