@@ -265,6 +265,19 @@ TEST(KnownSettings, TellOfARestartOnEveryVersion) {
   EXPECT_EQ(sometimes, told);
 }
 
+TEST(NameList, KnowsEveryListThatTheServerQuotes) {
+  std::set<std::string> lists;
+  for (Listed const& listed : listedSettings()) {
+    if (listed.type == "names") lists.insert(listed.name);
+  }
+  EXPECT_EQ(8U, lists.size());
+  for (KnownSetting const& known : KnownSettings::all()) {
+    EXPECT_EQ(lists.contains(std::string(known.name)),
+              NameList::kindOf(known.name) != NameList::Kind::none)
+        << known.name;
+  }
+}
+
 TEST(Choices, HaveTheSameNumberOnEveryServer) {
   std::map<std::string, std::map<std::string, std::size_t>> numbers;
   for (Listed const& listed : listedSettings()) {

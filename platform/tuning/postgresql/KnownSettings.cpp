@@ -31,7 +31,7 @@ constexpr std::string_view kCategoryNames[] = {
 
 // Written by category for people, searched by name.
 constexpr auto kTable = [] {
-  std::array<KnownSetting, 427> table{{
+  std::array<KnownSetting, 429> table{{
       {"config_file", 58, Category::fileLocations},
       {"data_directory", 61, Category::fileLocations},
       {"external_pid_file", 66, Category::fileLocations},
@@ -204,6 +204,7 @@ constexpr auto kTable = [] {
       {"synchronized_standby_slots", 1420, Category::replication},
       {"idle_replication_slot_timeout", 1421, Category::replication},
       {"wal_keep_segments", 1422, Category::replication},
+      {"output_plugin_libraries", 1423, Category::replication},
       // Query Tuning
       {"constraint_exclusion", 1501, Category::queryTuning, "partition,on,off"},
       {"cpu_index_tuple_cost", 1502, Category::queryTuning},
@@ -485,6 +486,7 @@ constexpr auto kTable = [] {
       {"trace_connection_negotiation", 301, Category::developerOptions},
       {"trace_syncscan", 2434, Category::developerOptions},
       {"wal_debug", 2435, Category::developerOptions},
+      {"composite_type_mismatch", 2436, Category::developerOptions, "error,warn,disabled"},
       // Customized Options
       {"pg_stat_statements.max", 300, Category::customizedOptions},
   }};
