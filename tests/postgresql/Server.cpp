@@ -98,7 +98,7 @@ Server::Server(Server* copyOf) : port_(freePort()) {
 // A copy of data at rest is all that a standby needs which follows nobody.
 void Server::becomeStandbyOf(Server& other) {
   other.stop();
-  const Outcome copied = asServer({"/bin/cp", "-a", other.data(""), data("")});
+  const Outcome copied = run({"/bin/cp", "-a", other.data(""), data("")});
   EXPECT_EQ(0, copied.status) << copied.err;
   other.start();
   if (version() < 12) {
@@ -181,10 +181,10 @@ std::string Server::id(std::string const& name) const {
 
 Outcome Server::command(std::string const& program, std::vector<std::string> arguments) const {
   arguments.insert(arguments.begin(), pathOf(program));
-  return asServer(std::move(arguments));
+  return run(std::move(arguments));
 }
 
-Outcome Server::asServer(std::vector<std::string> arguments) const {
+Outcome Server::run(std::vector<std::string> arguments) const {
   Process process{std::move(arguments), {{"HOME", folder()}, {"LC_ALL", "C.UTF-8"}}};
   process.environment["LOCPATH"] = folder() + kLocaleFolder;
   process.folder = folder();

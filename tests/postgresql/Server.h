@@ -40,6 +40,8 @@ class Server {
   // Takes every change back that a test has made to the configuration.
   void reset() const;
 
+  // Runs a program as the user that the server runs as.
+  Outcome run(std::vector<std::string> arguments) const;
   // knob on this server.
   Process knob(std::vector<std::string> arguments, std::string const& database = "postgres") const;
   // Settings are named here, not numbered.
@@ -51,7 +53,6 @@ class Server {
  private:
   void becomeStandbyOf(Server& other);
   Outcome command(std::string const& program, std::vector<std::string> arguments) const;
-  Outcome asServer(std::vector<std::string> arguments) const;
 
   TempFolder folder_;
   std::string port_;

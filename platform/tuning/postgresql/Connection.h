@@ -30,8 +30,8 @@ class Connection {
   // True: the server checks no rights of this user. Costs nothing: the server tells it by itself.
   bool isSuperuser() const { return reports("is_superuser", "on"); }
 
-  // 150004 for version 15.4.
-  int serverVersion() const { return PQserverVersion(connection_.get()); }
+  // 150002 for version 15.2.
+  int version() const { return PQserverVersion(connection_.get()); }
 
   // The text as a literal that no text can leave, quotes included. Throws TN_VALUE_REFUSED for text
   // that is not valid in the connection's encoding.

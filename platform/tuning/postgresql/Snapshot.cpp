@@ -126,9 +126,7 @@ void addChoice(Setting& setting, const std::string& choice) {
 }  // namespace
 
 Snapshot::Snapshot(Connection& connection)
-    : rows_(connection.query(kQuery)),
-      fractions_(connection.serverVersion() < kRoundsFractions ? ValueText::Fractions::refused
-                                                               : ValueText::Fractions::rounded) {
+    : rows_(connection.query(kQuery)), version_(connection.version()) {
   std::vector<std::string_view> names;
   std::vector<int> hidden;
   for (int row = 0; row < rows_.rows(); ++row) {
@@ -199,7 +197,6 @@ Setting Snapshot::build(const Place& place) const {
   setting.longText = rows_.text(row, kLongText);
   setting.minimum = rows_.text(row, kMinimum);
   setting.maximum = rows_.text(row, kMaximum);
-  setting.fractions = fractions_;
   readType(setting, row);
   readValues(setting, row);
   addChoice(setting, setting.fallback);
@@ -213,6 +210,7 @@ void Snapshot::readType(Setting& setting, int row) const {
                                   [type](const TypeName& entry) { return entry.name == type; });
   setting.type = known == std::end(kTypes) ? TnValueType{TN_TYPE_STRING} : known->type;
   setting.real = type == "real";
+  if (version_ < kRoundsFractions) setting.fractions = ValueText::Fractions::refused;
   if (setting.type == TN_TYPE_STRING) setting.list = NameList::kindOf(setting.name);
   if (setting.type == TN_TYPE_SINGLE_SELECTION) {
     setting.items = Choices::of(setting.name, elementsIn(rows_.text(row, kChoices)));

@@ -51,7 +51,7 @@ class Snapshot {
   void readValues(Setting& setting, int row) const;
 
   Result rows_;
-  ValueText::Fractions fractions_;
+  int version_;
   std::vector<Place> places_;  // by id
   // What the files and the command line give the settings whose value a session's own hides.
   std::map<int, std::optional<std::string>> hidden_;
