@@ -343,6 +343,7 @@ TEST(SettingGroups, LoseNoSettingAndKeepToTheCapacities) {
     std::vector<std::string> names{"deadlock_timeout", "new_lock_setting", "no_such_group"};
     for (int i = 0; i < c.extension; ++i) names.push_back("module.s" + std::to_string(i));
     std::vector<SettingGroups::Member> members;
+    members.reserve(names.size());
     for (std::string const& name : names) {
       members.push_back({name, "Sperren / Teil", static_cast<int32_t>(members.size())});
     }

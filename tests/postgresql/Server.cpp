@@ -27,14 +27,14 @@ std::string programs() {
   return {};
 }
 
+bool canRun(std::string const& path) { return access(path.c_str(), X_OK) == 0; }
+
 // A server may come without the programs of its clients: any other version's will do.
 std::string pathOf(std::string const& program) {
-  const std::string path = programs() + "/" + program;
-  if (access(path.c_str(), X_OK) == 0) return path;
+  std::string path = programs() + "/" + program;
   std::error_code none;
   for (auto const& version : std::filesystem::directory_iterator(kInstalled, none)) {
-    const std::string other = version.path() / "bin" / program;
-    if (access(other.c_str(), X_OK) == 0) return other;
+    if (!canRun(path)) path = version.path() / "bin" / program;
   }
   return path;
 }
@@ -61,7 +61,7 @@ std::string freePort() {
 
 std::string Server::obstacle() {
   for (std::string const program : {"postgres", "psql"}) {
-    if (access(pathOf(program).c_str(), X_OK) != 0) return "there is no " + pathOf(program);
+    if (!canRun(pathOf(program))) return "there is no " + pathOf(program);
   }
   return "";
 }

@@ -31,10 +31,10 @@ std::vector<Choice> Choices::of(std::string_view settingName,
   const KnownSetting* const known = KnownSettings::find(settingName);
   const std::vector<std::string> order =
       known && !known->choices.empty() ? partsOf(known->choices) : listed;
-  std::vector<Choice> choices;
-  for (const std::string& text : order) {
-    choices.push_back({text, text == kTakenUnlisted || holds(listed, text)});
-  }
+  std::vector<Choice> choices(order.size());
+  std::transform(order.begin(), order.end(), choices.begin(), [&listed](const std::string& text) {
+    return Choice{text, text == kTakenUnlisted || holds(listed, text)};
+  });
   for (const std::string& text : listed) {
     if (!holds(order, text)) choices.push_back({text});
   }
