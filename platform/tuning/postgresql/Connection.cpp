@@ -13,19 +13,39 @@ namespace {
 
 constexpr int kOldestServer = 100000;  // version 10
 
+constexpr char kUseUtf8[] =
+    "SELECT source FROM pg_catalog.pg_settings"
+    " WHERE name OPERATOR(pg_catalog.=) 'client_encoding';"
+    " SET client_encoding TO 'UTF8'";
+
 }  // namespace
 
 Connection::Connection(const char* uri, const char* user, const char* password)
-    : connection_(ConnectionAttempt(uri, user, password).open()) {
-  if (PQserverVersion(connection_.get()) < kOldestServer) throw TuningError(TN_SERVER_TOO_OLD);
+    : uri_(uri), user_(user), password_(password) {
+  open();
+}
+
+void Connection::reopen() {
+  connection_.reset();
+  open();
+}
+
+void Connection::open() {
+  connection_ = ConnectionAttempt(uri_, user_, password_).open();
+  if (version() < kOldestServer) throw TuningError(TN_SERVER_TOO_OLD);
   useUtf8();
 }
 
 // Asked for afterwards, and only where it is not so already: an encoding that is sent with the
-// connection request costs nothing, but hides what the server is configured to use.
+// connection request costs nothing, but hides what the server is configured to use. Setting it
+// hides that too, but for where it comes from, which is asked in the same turn.
 void Connection::useUtf8() {
   if (reports("client_encoding", "UTF8") || reports("server_encoding", "SQL_ASCII")) return;
-  query("SET client_encoding TO 'UTF8'");
+  PGconn* const connection = connection_.get();
+  if (PQsendQuery(connection, kUseUtf8) == 0) throw TuningError(TN_CONNECTION_LOST);
+  const Result source = checked(Result(PQgetResult(connection)));
+  while (PGresult* const more = PQgetResult(connection)) checked(Result(more));
+  encodingSource_ = source.text(0, 0);
 }
 
 bool Connection::reports(const char* parameter, std::string_view value) const {
@@ -33,8 +53,11 @@ bool Connection::reports(const char* parameter, std::string_view value) const {
   return reported != nullptr && reported == value;
 }
 
+// One that was closed at a deadline counts as lost too.
+bool Connection::isLost() const { return PQstatus(connection_.get()) == CONNECTION_BAD; }
+
 Result Connection::query(const std::string& sql) {
-  if (PQstatus(connection_.get()) == CONNECTION_BAD) throw TuningError(TN_CONNECTION_LOST);
+  if (isLost()) throw TuningError(TN_CONNECTION_LOST);
   return checked(Result(PQexec(connection_.get(), sql.c_str())));
 }
 
@@ -44,6 +67,7 @@ std::optional<Result> Connection::queryUntil(const std::string& sql,
   if (PQsendQuery(connection, sql.c_str()) == 0) throw TuningError(TN_CONNECTION_LOST);
   while (PQisBusy(connection) != 0) {
     if (!waitForSocket(PQsocket(connection), POLLIN, millisecondsUntil(deadline))) {
+      connection_.reset();
       return std::nullopt;
     }
     if (PQconsumeInput(connection) == 0) throw TuningError(TN_CONNECTION_LOST);
@@ -56,7 +80,7 @@ std::optional<Result> Connection::queryUntil(const std::string& sql,
 Result Connection::checked(Result result) {
   const ExecStatusType outcome = PQresultStatus(result.get());
   if (outcome == PGRES_TUPLES_OK || outcome == PGRES_COMMAND_OK) return result;
-  if (PQstatus(connection_.get()) == CONNECTION_BAD) throw TuningError(TN_CONNECTION_LOST);
+  if (isLost()) throw TuningError(TN_CONNECTION_LOST);
   const char* const code = PQresultErrorField(result.get(), PG_DIAG_SQLSTATE);
   throw TuningError(SqlState::ofStatement(code ? code : ""));
 }
@@ -64,7 +88,7 @@ Result Connection::checked(Result result) {
 std::string Connection::literal(const std::string& text) const {
   const std::unique_ptr<char, decltype(&PQfreemem)> escaped(
       PQescapeLiteral(connection_.get(), text.data(), text.size()), &PQfreemem);
-  if (!escaped) throw TuningError(TN_VALUE_REFUSED);
+  if (!escaped) throw TuningError(isLost() ? TN_CONNECTION_LOST : TN_VALUE_REFUSED);
   return escaped.get();
 }
 

@@ -19,11 +19,13 @@ class Connection {
   // Throws the status that tells why the server could not be reached or used.
   Connection(const char* uri, const char* user, const char* password);
 
+  // Connects once more, as at first: after the connection was lost.
+  void reopen();
+
   // One statement. Throws SqlState::ofStatement, or TN_CONNECTION_LOST.
   Result query(const std::string& sql);
 
-  // The same, but gives up at the deadline: there is no result then, and the connection is of no
-  // more use.
+  // The same, but gives up at the deadline: there is no result then, and the connection is closed.
   std::optional<Result> queryUntil(const std::string& sql,
                                    std::chrono::steady_clock::time_point deadline);
 
@@ -33,16 +35,26 @@ class Connection {
   // 150002 for version 15.2.
   int version() const { return PQserverVersion(connection_.get()); }
 
+  // Where the session had client_encoding from, as pg_settings names it, before it was set here.
+  // Empty when it was not.
+  const std::string& encodingSource() const { return encodingSource_; }
+
   // The text as a literal that no text can leave, quotes included. Throws TN_VALUE_REFUSED for text
   // that is not valid in the connection's encoding.
   std::string literal(const std::string& text) const;
 
  private:
   Result checked(Result result);
+  bool isLost() const;
   bool reports(const char* parameter, std::string_view value) const;
   void useUtf8();
+  void open();
 
+  std::string uri_;
+  std::string user_;
+  std::string password_;
   ConnectionPointer connection_;
+  std::string encodingSource_;
 };
 
 }  // namespace tn::postgresql

@@ -88,6 +88,13 @@ bool needsQuotes(std::string_view name) {
          kBlanks.find(name.back()) != std::string_view::npos;
 }
 
+bool isPlainWord(std::string_view name) {
+  const auto begins = [](char c) { return (c >= 'a' && c <= 'z') || c == '_'; };
+  return !name.empty() && begins(name.front()) &&
+         std::all_of(name.begin(), name.end(),
+                     [begins](char c) { return begins(c) || (c >= '0' && c <= '9'); });
+}
+
 std::string quoted(std::string_view name) {
   std::string text = "\"";
   for (const char c : name) {
@@ -95,6 +102,16 @@ std::string quoted(std::string_view name) {
     text += c;
   }
   return text + '"';
+}
+
+template <typename Condition>
+std::string joined(const NameList::Names& names, Condition inQuotes) {
+  std::string text;
+  for (const std::string& name : names) {
+    if (!text.empty()) text += ", ";
+    text += inQuotes(name) ? quoted(name) : name;
+  }
+  return text;
 }
 
 }  // namespace
@@ -129,12 +146,11 @@ std::optional<NameList::Names> NameList::ofPerson(std::string_view text) {
 }
 
 std::string NameList::shown(const Names& names) {
-  std::string text;
-  for (const std::string& name : names) {
-    if (!text.empty()) text += ", ";
-    text += needsQuotes(name) ? quoted(name) : name;
-  }
-  return text;
+  return joined(names, [](std::string_view name) { return needsQuotes(name); });
+}
+
+std::string NameList::stored(const Names& names) {
+  return joined(names, [](std::string_view name) { return !isPlainWord(name); });
 }
 
 }  // namespace tn::postgresql

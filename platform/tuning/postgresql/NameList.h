@@ -32,6 +32,8 @@ class NameList {
   // when a name is empty, a quote is not closed or text follows one.
   static std::optional<Names> ofPerson(std::string_view text);
   static std::string shown(const Names& names);
+  // As the server writes a list, whatever its kind: only names that are plain words are bare.
+  static std::string stored(const Names& names);
 };
 
 }  // namespace tn::postgresql

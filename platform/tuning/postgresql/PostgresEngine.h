@@ -1,76 +1,49 @@
 // The engine of a running PostgreSQL server. Reads come from one snapshot of the server's settings,
 // taken at connecting; changes are made with ALTER SYSTEM and checked by the server.
 //
-// Changes are stored at once and take effect together: when the engine is left, or when a value is
-// read after a change, the server is made to read its configuration again, and this program waits
-// until it has, 5 s at most.
+// A change is stored at once. The first one of a run is made to take effect before it is done: the
+// server has to load its configuration, and this program waits until it has, 5 s at most, and looks
+// whether the value is in force (or waits for a restart). Later changes take effect together, in
+// the same way, when the engine is left or when a value is read.
 #ifndef KNOB_POSTGRESQL_POSTGRES_ENGINE_H
 #define KNOB_POSTGRESQL_POSTGRES_ENGINE_H
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "tuning/Engine.h"
-#include "tuning/postgresql/Connection.h"
+#include "tuning/postgresql/PostgresReader.h"
+#include "tuning/postgresql/Result.h"
 #include "tuning/postgresql/ServerFiles.h"
-#include "tuning/postgresql/Snapshot.h"
 
 namespace tn::postgresql {
 
-class PostgresEngine final : public Engine {
+class PostgresEngine final : public PostgresReader {
  public:
   PostgresEngine(const char* server, const char* user, const char* password);
 
  protected:
   void leave() override;
-
-  std::vector<int32_t> categories() override;
-  CategoryInfo category(int32_t categoryId) override;
-  std::vector<int32_t> settings(int32_t categoryId) override;
-
-  SettingInfo setting(int32_t settingId) override;
-  bool isAvailable(int32_t settingId) override;
-  std::string description(int32_t settingId) override;
-
-  bool booleanValue(int32_t settingId, Selector selector) override;
-  int32_t integerValue(int32_t settingId, Selector selector) override;
-  std::string stringValue(int32_t settingId, Selector selector) override;
-  std::vector<int32_t> selectionValue(int32_t settingId, Selector selector) override;
-
-  BooleanWords booleanWords(int32_t settingId) override;
-  Limits limits(int32_t settingId) override;
-  std::vector<int32_t> selectionItems(int32_t settingId) override;
-  std::string selectionText(int32_t settingId, int32_t item) override;
-
-  void setBoolean(int32_t settingId, bool value) override;
-  void setInteger(int32_t settingId, int64_t value) override;
-  void setString(int32_t settingId, const std::string& value) override;
-  void setSelection(int32_t settingId, const std::vector<int32_t>& items) override;
+  void store(Setting& setting, const NewValue& value) override;
+  void beforeReading() override;
 
  private:
-  using Texts = std::vector<std::string>;
-
-  const SettingCategory& knownCategory(int32_t categoryId);
-  const Setting& known(int32_t settingId);
-  Setting& known(int32_t settingId, TnValueType type);
-  const std::string& value(int32_t settingId, TnValueType type, Selector selector);
-
-  void setList(Setting& setting, const std::string& value);
-  void emptyList(Setting& setting);
-  void change(Setting& setting, const std::string& wanted, const Texts& values);
   void checkChangeable(const Setting& setting);
-  void write(Setting& setting, const std::string& wanted, const std::string& statement);
+  std::string statement(const Setting& setting, const NewValue& value);
   bool isCurrent(const Setting& setting, const std::string& wanted);
+  void write(const Setting& setting, const std::string& statement);
+  bool mayChange(const Setting& setting);
   bool resetLeavesItEmpty(const Setting& setting);
+  bool resetGivesBackWhatRuns(const Setting& setting, const NewValue& value);
   ServerFiles& files();
   void takeEffect();
+  void takeEffectOverNewConnection();
+  bool isInForce(const Setting& setting, const Result& rows);
 
-  Connection connection_;
-  Snapshot snapshot_;
   std::optional<ServerFiles> files_;  // read before the first value is judged
-  bool changed_ = false;              // something was written that is not in effect yet
+  std::vector<Setting*> unloaded_;    // written, and not known to be loaded by the server
+  bool begun_ = false;                // a change of this run was stored
+  bool stale_ = false;                // the snapshot is of before a change
 };
 
 }  // namespace tn::postgresql

@@ -29,6 +29,10 @@ class ServerFiles {
   // What the command line, if it was read, or the files give the setting; not there when they do
   // not name it.
   std::optional<std::string_view> value(std::string_view settingName) const;
+  // True: the command line was read and gives the setting.
+  bool onCommandLine(std::string_view settingName) const {
+    return commandLine_.value(settingName).has_value();
+  }
   // What the files give without the one that ALTER SYSTEM writes: what a reset leaves.
   std::optional<std::string_view> valueAfterReset(std::string_view settingName) const;
   // What ALTER SYSTEM has stored for the setting: in force after the server's next reload or start,

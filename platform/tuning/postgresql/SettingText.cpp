@@ -44,7 +44,9 @@ std::string SettingText::of(const Setting& setting) {
   if (!setting.needsRestart && announced) {
     addSentence(text, "This server takes a change without a restart.");
   }
-  if (setting.changeMayWait) {
+  if (setting.ofCommandLine) {
+    addSentence(text, "The server's command line gives the value; change it there.");
+  } else if (setting.changeMayWait) {
     addSentence(text, "A changed value may be waiting for a restart of the server.");
   }
   if (!setting.currentIsKnown) {

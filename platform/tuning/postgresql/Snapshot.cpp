@@ -43,6 +43,8 @@ constexpr char kQuery[] =
 constexpr std::string_view kClientContexts[] = {"user", "superuser", "backend",
                                                 "superuser-backend"};
 
+constexpr std::string_view kCommandLine = "command line";
+
 constexpr std::string_view kSessionSources[] = {"global", "database",    "user", "database user",
                                                 "client", "interactive", "test", "session"};
 
@@ -60,6 +62,19 @@ constexpr TypeName kTypes[] = {
 constexpr std::string_view kClientEncoding = "client_encoding";
 
 constexpr std::string_view kDateStyle = "DateStyle";
+
+// Before version 14 this list is one text to the server.
+constexpr std::string_view kSocketFolders = "unix_socket_directories";
+constexpr int kListsOfFolders = 140000;
+
+// What Patroni gives on every server's command line, and hardly anybody else all at once.
+constexpr std::string_view kOfPatroni[] = {"cluster_name",
+                                           "hot_standby",
+                                           "max_locks_per_transaction",
+                                           "max_prepared_transactions",
+                                           "track_commit_timestamp",
+                                           "wal_level",
+                                           "wal_log_hints"};
 
 // Where nothing sets it, the server works out what the machine allows.
 constexpr std::string_view kWorkedOut = "max_stack_depth";
@@ -126,7 +141,9 @@ void addChoice(Setting& setting, const std::string& choice) {
 }  // namespace
 
 Snapshot::Snapshot(Connection& connection)
-    : rows_(connection.query(kQuery)), version_(connection.version()) {
+    : rows_(connection.query(kQuery)),
+      version_(connection.version()),
+      encodingSource_(connection.encodingSource()) {
   std::vector<std::string_view> names;
   std::vector<int> hidden;
   for (int row = 0; row < rows_.rows(); ++row) {
@@ -140,7 +157,13 @@ Snapshot::Snapshot(Connection& connection)
             [](const Place& a, const Place& b) { return a.id < b.id; });
 }
 
-bool Snapshot::isHidden(int row) const { return holds(kSessionSources, rows_.text(row, kSource)); }
+bool Snapshot::isOfSession(std::string_view source) { return holds(kSessionSources, source); }
+
+// Setting client_encoding for this connection has left nothing of where it came from.
+std::string_view Snapshot::source(int row) const {
+  const bool setHere = !encodingSource_.empty() && rows_.text(row, kName) == kClientEncoding;
+  return setHere ? encodingSource_ : rows_.text(row, kSource);
+}
 
 void Snapshot::lookUpHidden(Connection& connection, const std::vector<int>& hidden) {
   ServerFiles files(connection);
@@ -148,7 +171,9 @@ void Snapshot::lookUpHidden(Connection& connection, const std::vector<int>& hidd
   const auto isKnown = [this](std::string_view name) { return hasName(name); };
   filesReadable_ = files.readable() && !files.blocked(isKnown);
   for (const int row : hidden) {
-    const auto text = files.value(rows_.text(row, kName));
+    const std::string_view name = rows_.text(row, kName);
+    const auto text = files.value(name);
+    if (files.onCommandLine(name)) hiddenOnCommandLine_.insert(row);
     hidden_[row] = text ? std::optional(asTheServerTells(connection, row, *text)) : std::nullopt;
   }
 }
@@ -198,6 +223,7 @@ Setting Snapshot::build(const Place& place) const {
   setting.minimum = rows_.text(row, kMinimum);
   setting.maximum = rows_.text(row, kMaximum);
   readType(setting, row);
+  readLimits(setting);
   readValues(setting, row);
   addChoice(setting, setting.fallback);
   addChoice(setting, setting.current);
@@ -212,13 +238,21 @@ void Snapshot::readType(Setting& setting, int row) const {
   setting.real = type == "real";
   if (version_ < kRoundsFractions) setting.fractions = ValueText::Fractions::refused;
   if (setting.type == TN_TYPE_STRING) setting.list = NameList::kindOf(setting.name);
+  setting.listIsOneText = version_ < kListsOfFolders && setting.name == kSocketFolders;
   if (setting.type == TN_TYPE_SINGLE_SELECTION) {
     setting.items = Choices::of(setting.name, elementsIn(rows_.text(row, kChoices)));
   }
   const std::string_view context = rows_.text(row, kContext);
   setting.server = !holds(kClientContexts, context);
   setting.needsRestart = context == "postmaster";
+  setting.ofNewSessions = context.ends_with("backend");
   setting.preset = context == "internal";
+}
+
+void Snapshot::readLimits(Setting& setting) {
+  if (setting.type != TN_TYPE_INTEGER) return;
+  setting.lowest = ValueText::integer(setting.minimum, {}).value_or(0);
+  setting.highest = ValueText::integer(setting.maximum, {}).value_or(0);
 }
 
 // `setting` may be a text made for display ("0600", "(disabled)") where `reset_val` has the value;
@@ -227,23 +261,24 @@ void Snapshot::readValues(Setting& setting, int row) const {
   setting.fallback = shown(rows_.text(row, kDefault), setting);
   setting.current = setting.fallback;
   setting.changeMayWait = rows_.flag(row, kPendingRestart);
-  const std::string_view source = rows_.text(row, kSource);
-  setting.ofCommandLine = source == "command line";
+  const std::string_view from = source(row);
+  setting.ofCommandLine = from == kCommandLine || hiddenOnCommandLine_.contains(row);
   if (isHidden(row)) {
     const auto& text = hidden_.at(row);
     setting.currentIsKnown = filesReadable_ && (text || setting.name != kWorkedOut);
     if (text) setting.current = shown(*text, setting);
     return;
   }
-  if (setting.name == kClientEncoding && source == "default") return;
-  setting.current = shown(rows_.text(row, setting.preset ? kSetting : kConfigured), setting);
+  if (setting.name == kClientEncoding && from == "default") return;
+  setting.running = rows_.text(row, setting.preset ? kSetting : kConfigured);
+  setting.current = shown(setting.running, setting);
 }
 
 std::string Snapshot::shown(std::string_view text, const Setting& setting) {
   switch (setting.type) {
     case TN_TYPE_BOOLEAN: {
       const auto value = ValueText::boolean(text);
-      return value ? (*value ? "on" : "off") : setting.fallback;
+      return value ? (*value ? Setting::kOn : Setting::kOff) : setting.fallback;
     }
     case TN_TYPE_INTEGER:
       return shownInteger(text, setting, setting.fallback);
@@ -254,11 +289,31 @@ std::string Snapshot::shown(std::string_view text, const Setting& setting) {
   }
 }
 
-bool Snapshot::hasName(std::string_view name) const {
+bool Snapshot::same(const std::string& a, const std::string& b, const Setting& setting) {
+  if (a == b) return true;
+  if (!setting.real) return false;
+  const auto left = ValueText::real(a, setting.unit);
+  const auto right = ValueText::real(b, setting.unit);
+  return left && right && *left == *right;
+}
+
+std::optional<int> Snapshot::row(std::string_view name) const {
   for (int row = 0; row < rows_.rows(); ++row) {
-    if (isSameSetting(rows_.text(row, kName), name)) return true;
+    if (isSameSetting(rows_.text(row, kName), name)) return row;
   }
-  return false;
+  return std::nullopt;
+}
+
+bool Snapshot::alterSystemIsOff() const {
+  const auto where = row("allow_alter_system");
+  return where && rows_.text(*where, kSetting) == Setting::kOff;
+}
+
+bool Snapshot::isOfPatroni() const {
+  return std::all_of(std::begin(kOfPatroni), std::end(kOfPatroni), [this](std::string_view name) {
+    const auto where = row(name);
+    return where && source(*where) == kCommandLine;
+  });
 }
 
 const std::vector<SettingCategory>& Snapshot::categories() {

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,10 +33,20 @@ class Snapshot {
   const SettingCategory* category(int32_t categoryId);
   Setting* setting(int32_t settingId);
   bool contains(int32_t settingId) const;
-  bool hasName(std::string_view name) const;
+  bool hasName(std::string_view name) const { return row(name).has_value(); }
+
+  // True: the server refuses every change by ALTER SYSTEM.
+  bool alterSystemIsOff() const;
+  // True: the server was started by Patroni, a manager of clusters that gives a fixed group of
+  // settings on the command line of every server.
+  bool isOfPatroni() const;
+  // True: a value of this source, as pg_settings names it, is the session's own.
+  static bool isOfSession(std::string_view source);
 
   // A value as it is shown, whether the server or a person wrote the text.
   static std::string shown(std::string_view text, const Setting& setting);
+  // True when both texts, as they are shown, stand for one value.
+  static bool same(const std::string& a, const std::string& b, const Setting& setting);
 
  private:
   struct Place {
@@ -43,18 +54,23 @@ class Snapshot {
     int row;
   };
   const Place* place(int32_t settingId) const;
-  bool isHidden(int row) const;
+  std::optional<int> row(std::string_view name) const;
+  std::string_view source(int row) const;
+  bool isHidden(int row) const { return isOfSession(source(row)); }
   void lookUpHidden(Connection& connection, const std::vector<int>& hidden);
   std::string asTheServerTells(Connection& connection, int row, std::string_view text) const;
   Setting build(const Place& place) const;
   void readType(Setting& setting, int row) const;
+  static void readLimits(Setting& setting);
   void readValues(Setting& setting, int row) const;
 
   Result rows_;
   int version_;
+  std::string encodingSource_;
   std::vector<Place> places_;  // by id
   // What the files and the command line give the settings whose value a session's own hides.
   std::map<int, std::optional<std::string>> hidden_;
+  std::set<int> hiddenOnCommandLine_;
   bool filesReadable_ = false;
 
   // Made when they are first asked for: most runs look at one setting.

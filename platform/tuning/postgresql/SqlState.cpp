@@ -37,6 +37,8 @@ constexpr Meaning kOfStatement[] = {
     {"22", TN_VALUE_REFUSED},         // invalid, out of range, not in the server's encoding
     {"0A", TN_VALUE_REFUSED},         // something that this build or machine cannot do
     {"42601", TN_VALUE_REFUSED},      // not in the syntax that the setting wants
+    {"42602", TN_VALUE_REFUSED},      // not a name where one is wanted
+    {"42622", TN_VALUE_REFUSED},      // too long a name
     {"42704", TN_VALUE_REFUSED},      // names something that the server does not have
     {"58P01", TN_SERVER_CANNOT_WRITE}, {"53100", TN_SERVER_CANNOT_WRITE},
     {"58030", TN_SERVER_CANNOT_WRITE},

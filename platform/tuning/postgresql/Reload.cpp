@@ -1,0 +1,67 @@
+#include "tuning/postgresql/Reload.h"
+
+#include <algorithm>
+#include <chrono>
+#include <string>
+#include <thread>
+
+namespace tn::postgresql {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds kPatience{5};
+constexpr std::chrono::microseconds kFirstPause{200};
+constexpr std::chrono::microseconds kLongestPause{50000};
+
+// Everything is named with its schema: a role's search_path could put something else before it.
+// Moments are compared as numbers: as text they depend on DateStyle and TimeZone.
+constexpr char kLoadTime[] = "pg_catalog.date_part('epoch', pg_catalog.pg_conf_load_time())";
+constexpr char kNow[] = "pg_catalog.date_part('epoch', pg_catalog.clock_timestamp())";
+
+enum Request : int { kProcess, kLoadedBefore, kAskedAt };
+
+std::string request() {
+  return std::string("SELECT pg_catalog.pg_backend_pid(), ") + kLoadTime + ", " + kNow +
+         ", pg_catalog.pg_reload_conf()";
+}
+
+// A setting of every server: the answer has a row once the configuration is loaded.
+constexpr std::string_view kAlwaysThere = "server_version";
+
+std::string quoted(std::string_view text) { return "'" + std::string(text) + "'"; }
+
+// The condition on the moment names no row, so the server looks at the settings only when it holds.
+std::string question(const Result& asked, const std::string& names) {
+  const std::string later = std::string("pg_catalog.float8gt(") + kLoadTime + ", " +
+                            quoted(asked.text(0, kAskedAt)) + ")";
+  const std::string sameProcess = "pg_catalog.int4eq(pg_catalog.pg_backend_pid(), " +
+                                  std::string(asked.text(0, kProcess)) + ")";
+  const std::string again = std::string("pg_catalog.textne(") + kLoadTime + "::pg_catalog.text, " +
+                            quoted(asked.text(0, kLoadedBefore)) + ")";
+  return "SELECT name, reset_val, source, pending_restart FROM pg_catalog.pg_settings WHERE (" +
+         later + " OR (" + sameProcess + " AND " + again +
+         ")) AND name OPERATOR(pg_catalog.=) ANY (ARRAY[" + names + "]::pg_catalog.text[])";
+}
+
+}  // namespace
+
+std::optional<Result> Reload::run(Connection& connection,
+                                  const std::vector<std::string_view>& names) {
+  const auto deadline = Clock::now() + kPatience;
+  std::string list = quoted(kAlwaysThere);
+  for (const std::string_view name : names) list += ", " + connection.literal(std::string(name));
+  const auto asked = connection.queryUntil(request(), deadline);
+  if (!asked) return std::nullopt;
+  const std::string loaded = question(*asked, list);
+  auto pause = kFirstPause;
+  while (Clock::now() < deadline) {
+    auto rows = connection.queryUntil(loaded, deadline);
+    if (!rows || rows->rows() > 0) return rows;
+    std::this_thread::sleep_for(pause);
+    pause = std::min(pause * 2, kLongestPause);
+  }
+  return std::nullopt;
+}
+
+}  // namespace tn::postgresql
