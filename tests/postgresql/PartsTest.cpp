@@ -1,13 +1,17 @@
 // The parts of the PostgreSQL engine that need no server.
 #include <algorithm>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <map>
 #include <optional>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "tuning/TuningError.h"
 #include "tuning/postgresql/AlterSystem.h"
+#include "tuning/postgresql/Choices.h"
 #include "tuning/postgresql/CommandLine.h"
 #include "tuning/postgresql/KnownSettings.h"
 #include "tuning/postgresql/NameList.h"
@@ -54,36 +58,111 @@ TEST(NameList, ReadsWhatPeopleAndServersWrite) {
   }
 }
 
-TEST(ValueText, ReadsConfigurationFiles) {
+// What servers of versions 10 and 18 made of these texts.
+TEST(ValueText, ReadsNumbersAsTheServerDoes) {
+  using Value = std::optional<int32_t>;
   struct Case {
     std::string text;
     std::string unit;
-    std::optional<int32_t> value;
+    Value refused;  // where a fraction is
+    Value rounded;
   };
   const Case cases[] = {
-      {"7MB", "kB", 7168},
-      {"7 MB", "kB", 7168},
-      {"1h", "s", 3600},
-      {"1d", "min", 1440},
-      {"128MB", "8kB", 16384},
-      {"16", "8kB", 16},
-      {"0640", "", 416},
-      {"0x10", "", 16},
-      {"-1", "ms", -1},
-      {"1.5GB", "MB", 1536},
-      {"1e3", "", 1000},
-      {"2500us", "ms", 2},
-      {"7", "", 7},
-      {"7MB", "ms", {}},
-      {"7mb", "kB", {}},
-      {"3000000000", "", {}},
-      {"", "", {}},
-      {"x", "", {}},
-      {"0.5", "", 0},
-      {"7MB", "", {}},
-      {"  12  ", "s", 12},
+      {"7MB", "kB", 7168, 7168},
+      {"  7 MB ", "kB", 7168, 7168},
+      {"7mb", "kB", {}, {}},
+      {"7MB", "ms", {}, {}},
+      {"7MB", "", {}, {}},
+      {"12MB34", "kB", {}, {}},
+      {"1 GB x", "kB", {}, {}},
+      {"128MB", "8kB", 16384, 16384},
+      {"804kB", "8kB", 100, 100},
+      {"901120B", "8kB", 110, 110},
+      {"900000B", "8kB", 109, 110},
+      {"1.06MB", "8kB", {}, 136},
+      {"1.1GB", "kB", {}, 1153024},
+      {"1.1GB", "8kB", {}, 144128},
+      {"1.1TB", "MB", {}, 1153024},
+      {"1800kB", "MB", 1, 2},
+      {"2560kB", "MB", 2, 2},
+      {"3584kB", "MB", 3, 4},
+      {"1TB", "kB", 1073741824, 1073741824},
+      {"2TB", "kB", {}, {}},
+      {"1h", "s", 3600, 3600},
+      {"1500ms", "s", 1, 2},
+      {"2500ms", "s", 2, 2},
+      {"1.001h", "s", {}, 3600},
+      {"120s", "min", 2, 2},
+      {"90s", "min", 1, 2},
+      {"59s", "min", 0, 1},
+      {"1.01d", "min", {}, 1440},
+      {"2.7d", "ms", {}, 234000000},
+      {"24.7d", "ms", {}, 2134800000},
+      {"25d", "ms", {}, {}},
+      {"0.001h", "ms", {}, 0},
+      {"2.5", "ms", {}, 2},
+      {".5GB", "kB", {}, 524288},
+      {"-.5", "ms", {}, {}},
+      {"-0.6", "ms", {}, -1},
+      {"-0", "ms", 0, 0},
+      {"+700", "kB", 700, 700},
+      {"+-700", "kB", {}, {}},
+      {"--7", "kB", {}, {}},
+      {"0-5", "kB", {}, {}},
+      {"08", "", {}, {}},
+      {"010", "", 8, 8},
+      {"-010", "", -8, -8},
+      {"010.5", "", {}, 10},
+      {"0x1e5", "kB", 485, 485},
+      {"-0x1", "", -1, -1},
+      {"0x40.8p1", "kB", {}, 129},
+      {"0x", "", {}, {}},
+      {"1e5", "kB", {}, 100000},
+      {"1E3kB", "kB", {}, 1000},
+      {"1e", "", {}, {}},
+      {"1_000", "kB", {}, {}},
+      {"infinity", "kB", {}, {}},
+      {"3000000000", "ms", {}, {}},
+      {"3000000000B", "kB", {}, 2929688},
+      {"99999999999999999999B", "kB", {}, {}},
+      {"-0-1000000000000000000000", "kB", {}, {}},
+      {"-9223372036854775808", "kB", {}, {}},
+      {"", "", {}, {}},
+      {"-", "", {}, {}},
+      {"x", "", {}, {}},
   };
-  for (Case const& c : cases) EXPECT_EQ(c.value, ValueText::integer(c.text, c.unit)) << c.text;
+  for (Case const& c : cases) {
+    EXPECT_EQ(c.refused, ValueText::integer(c.text, c.unit, ValueText::Fractions::refused))
+        << c.text;
+    EXPECT_EQ(c.rounded, ValueText::integer(c.text, c.unit, ValueText::Fractions::rounded))
+        << c.text;
+  }
+  struct Real {
+    std::string text;
+    std::string unit;
+    std::string shown;  // empty: not a value
+  };
+  const Real reals[] = {{"100us", "ms", "0.1"},
+                        {"0.0015ms", "ms", "0.002"},
+                        {"0.0123456s", "ms", "12"},
+                        {"0x1.8p1", "ms", "3"},
+                        {"1.23456789", "ms", "1.23457"},
+                        {"-0", "", "-0"},
+                        {"012", "ms", "12"},
+                        {"123456789", "", "1.23457e+08"},
+                        {"1ms", "", ""},
+                        {"1e400", "", ""},
+                        {"infinity", "", ""},
+                        {"+1", "", "1"},
+                        {"1e-7", "", "1e-07"},
+                        {"+-1", "", ""}};
+  for (Real const& c : reals) {
+    const auto value = ValueText::real(c.text, c.unit);
+    EXPECT_EQ(c.shown, value ? ValueText::ofReal(*value) : "") << c.text;
+  }
+}
+
+TEST(ValueText, ReadsWords) {
   for (std::string const text : {"on", "TRUE", "yes", "y", "1", "t"}) {
     EXPECT_EQ(true, ValueText::boolean(text)) << text;
   }
@@ -93,11 +172,10 @@ TEST(ValueText, ReadsConfigurationFiles) {
   for (std::string const text : {"o", "", "truex", "2"}) {
     EXPECT_EQ(std::nullopt, ValueText::boolean(text)) << text;
   }
-  const std::vector<std::string> choices{"off", "on", "error"};
+  const std::vector<Choice> choices{{"off"}, {"on"}, {"error"}};
   EXPECT_EQ(2U, ValueText::choice("ERROR", choices));
   EXPECT_EQ(1U, ValueText::choice("yes", choices));
-  EXPECT_EQ(std::nullopt, ValueText::choice("yes", {"error"}));
-  EXPECT_EQ("0.1", ValueText::ofReal(*ValueText::real("100us", "ms")));
+  EXPECT_EQ(std::nullopt, ValueText::choice("yes", {{"error"}}));
 }
 
 TEST(SettingIds, StayWhatTheyAre) {
@@ -129,6 +207,125 @@ TEST(KnownSettings, HaveDifferentIdsBelowTheMadeOnes) {
   EXPECT_FALSE(KnownSettings::announcesRestart(25));
 }
 
+// A setting as one or more versions list it.
+struct Listed {
+  std::string name;
+  std::string context;
+  std::string type;
+  std::vector<std::string> choices;
+};
+
+std::vector<std::string> fieldsOf(std::string const& text, char separator) {
+  std::vector<std::string> fields(1);
+  for (const char c : text) {
+    if (c == separator) {
+      fields.emplace_back();
+    } else {
+      fields.back() += c;
+    }
+  }
+  return fields;
+}
+
+std::vector<Listed> listedSettings() {
+  std::vector<Listed> settings;
+  std::ifstream file(KNOB_SOURCE_DIR "/tests/postgresql/data/settings.tsv");
+  for (std::string line; std::getline(file, line);) {
+    if (line.starts_with('#')) continue;
+    const auto fields = fieldsOf(line, '\t');
+    settings.push_back({fields.at(0), fields.at(1), fields.at(2), fieldsOf(fields.at(3), ',')});
+  }
+  EXPECT_LT(400U, settings.size());
+  return settings;
+}
+
+TEST(KnownSettings, TellOfARestartOnEveryVersion) {
+  // In some versions a change needs a restart and in others not: the description tells.
+  const std::set<std::string> sometimes{"allow_system_table_mods", "autovacuum_max_workers",
+                                        "primary_conninfo", "primary_slot_name", "restore_command"};
+  std::set<std::string> told;
+  for (Listed const& listed : listedSettings()) {
+    SCOPED_TRACE(listed.name);
+    const KnownSetting* const known = KnownSettings::find(listed.name);
+    ASSERT_TRUE(known) << "has no id";
+    Setting setting;
+    setting.id = known->id;
+    setting.needsRestart = listed.context == "postmaster";
+    const std::string text = SettingText::of(setting);
+    if (KnownSettings::announcesRestart(known->id) != setting.needsRestart) {
+      EXPECT_TRUE(sometimes.contains(listed.name));
+      told.insert(listed.name);
+      EXPECT_EQ(setting.needsRestart ? "A change takes effect when the server is restarted."
+                                     : "This server takes a change without a restart.",
+                text);
+    } else {
+      EXPECT_EQ("", text);
+    }
+  }
+  EXPECT_EQ(sometimes, told);
+}
+
+TEST(NameList, KnowsEveryListThatTheServerQuotes) {
+  std::set<std::string> lists;
+  for (Listed const& listed : listedSettings()) {
+    if (listed.type == "names") lists.insert(listed.name);
+  }
+  EXPECT_EQ(8U, lists.size());
+  for (KnownSetting const& known : KnownSettings::all()) {
+    EXPECT_EQ(lists.contains(std::string(known.name)),
+              NameList::kindOf(known.name) != NameList::Kind::none)
+        << known.name;
+  }
+}
+
+TEST(Choices, HaveTheSameNumberOnEveryServer) {
+  std::map<std::string, std::map<std::string, std::size_t>> numbers;
+  for (Listed const& listed : listedSettings()) {
+    if (listed.type != "enum") continue;
+    SCOPED_TRACE(listed.name);
+    EXPECT_FALSE(KnownSettings::find(listed.name)->choices.empty()) << "no order is known";
+    const auto choices = Choices::of(listed.name, listed.choices);
+    for (std::string const& text : listed.choices) {
+      const auto item = ValueText::choice(text, choices);
+      ASSERT_TRUE(item) << text;
+      EXPECT_TRUE(choices[*item].available) << text;
+      EXPECT_EQ(*item, numbers[listed.name].emplace(text, *item).first->second) << text;
+    }
+  }
+  EXPECT_LT(40U, numbers.size());
+}
+
+TEST(Choices, OfOtherServersKeepTheirNumberAndAreNoneHere) {
+  struct Case {
+    std::string setting;
+    std::vector<std::string> listed;
+    std::vector<std::string> shown;
+  };
+  const Case cases[] = {
+      {"wal_compression", {"pglz", "on", "off"}, {"off", "on", "pglz"}},
+      {"wal_compression",
+       {"pglz", "zstd", "on", "off", "new"},
+       {"off", "on", "pglz", "lz4 (not on this server)", "zstd", "new"}},
+      {"file_extend_method",
+       {"write_zeros"},
+       {"posix_fallocate (not on this server)", "write_zeros"}},
+      {"client_min_messages",
+       {"error", "notice"},
+       {"debug5 (not on this server)", "debug4 (not on this server)", "debug3 (not on this server)",
+        "debug2 (not on this server)", "debug1 (not on this server)", "log (not on this server)",
+        "notice", "warning (not on this server)", "error", "info"}},
+      {"some.extension", {"b", "a"}, {"b", "a"}},
+      {"some.extension", {}, {}},
+  };
+  for (Case const& c : cases) {
+    std::vector<std::string> shown;
+    for (Choice const& choice : Choices::of(c.setting, c.listed)) {
+      shown.push_back(Choices::shown(choice));
+    }
+    EXPECT_EQ(c.shown, shown) << c.setting;
+  }
+}
+
 TEST(SettingGroups, LoseNoSettingAndKeepToTheCapacities) {
   struct Case {
     int extension;
@@ -146,6 +343,7 @@ TEST(SettingGroups, LoseNoSettingAndKeepToTheCapacities) {
     std::vector<std::string> names{"deadlock_timeout", "new_lock_setting", "no_such_group"};
     for (int i = 0; i < c.extension; ++i) names.push_back("module.s" + std::to_string(i));
     std::vector<SettingGroups::Member> members;
+    members.reserve(names.size());
     for (std::string const& name : names) {
       members.push_back({name, "Sperren / Teil", static_cast<int32_t>(members.size())});
     }
@@ -221,7 +419,9 @@ TEST(CommandLine, GivesSettings) {
   EXPECT_EQ("on", line.value("log_lock_waits"));
   EXPECT_EQ("a=b", line.value("geqo"));
   EXPECT_EQ(std::nullopt, line.value("port"));
-  EXPECT_EQ(std::nullopt, CommandLine("postgres").value("geqo"));
+  for (char const* const text : {"", "postgres", "postgres \"", "postgres \"\n", "postgres \"-c"}) {
+    EXPECT_EQ(std::nullopt, CommandLine(text).value("geqo")) << text;
+  }
 }
 
 }  // namespace

@@ -276,7 +276,7 @@ TEST_F(Postgres, ChangesWhatItMayAndWhatHelps) {
     std::string code;
   };
   const Case refused[] = {
-      {"data_directory", "/x", "7413"},    {"block_size", "8193", "7202"},
+      {"data_directory", "/x", "7413"},    {"block_size", "8193", "7413"},
       {"server_version", "x", "7413"},     {"transaction_isolation", "0", "7413"},
       {"extension_destdir", "/x", "7413"}, {"work_mem", "63", "7202"},
       {"wal_level", "9", "7203"},          {"random_page_cost", "x", "7412"},

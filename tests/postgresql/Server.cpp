@@ -1,6 +1,7 @@
 #include "postgresql/Server.h"
 
 #include <arpa/inet.h>
+#include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
@@ -12,9 +13,31 @@
 
 namespace {
 
-constexpr char kPrograms[] = "/usr/lib/postgresql/15/bin/";
+constexpr char kInstalled[] = "/usr/lib/postgresql";
 // A folder with locales that the tests have made for the server, next to the system's own.
 constexpr char kLocaleFolder[] = "/locales";
+
+// The folder of the server's programs: the one that the environment names, or an installed one.
+std::string programs() {
+  if (char const* const named = std::getenv("KNOB_POSTGRESQL_BIN")) return named;
+  std::error_code none;
+  for (auto const& version : std::filesystem::directory_iterator(kInstalled, none)) {
+    return version.path() / "bin";
+  }
+  return {};
+}
+
+bool canRun(std::string const& path) { return access(path.c_str(), X_OK) == 0; }
+
+// A server may come without the programs of its clients: any other version's will do.
+std::string pathOf(std::string const& program) {
+  std::string path = programs() + "/" + program;
+  std::error_code none;
+  for (auto const& version : std::filesystem::directory_iterator(kInstalled, none)) {
+    if (!canRun(path)) path = version.path() / "bin" / program;
+  }
+  return path;
+}
 
 uid_t serverUser() {
   if (geteuid() != 0) return 0;
@@ -37,8 +60,10 @@ std::string freePort() {
 }  // namespace
 
 std::string Server::obstacle() {
-  const std::string server = std::string(kPrograms) + "postgres";
-  return access(server.c_str(), X_OK) == 0 ? "" : "there is no " + server + " (postgresql-15)";
+  for (std::string const program : {"postgres", "psql"}) {
+    if (!canRun(pathOf(program))) return "there is no " + pathOf(program);
+  }
+  return "";
 }
 
 Server& Server::shared() {
@@ -56,17 +81,31 @@ Server& Server::shared() {
   return server;
 }
 
-Server::Server(Server const* copyOf) : port_(freePort()) {
+Server::Server(Server* copyOf) : port_(freePort()) {
   if (serverUser() != 0) {
     EXPECT_EQ(0, chown(folder().c_str(), serverUser(), static_cast<gid_t>(-1)));
   }
-  const std::string folderOfData = data("");
-  Outcome made = copyOf ? command("pg_basebackup", {"-D", folderOfData, "-R", "-X", "stream", "-c",
-                                                    "fast", "--no-sync", "-d", copyOf->uri()})
-                        : command("initdb", {"-D", folderOfData, "-U", "postgres", "-A", "trust",
-                                             "--no-sync", "-E", "UTF8", "--locale=C"});
-  EXPECT_EQ(0, made.status) << made.err;
+  if (copyOf) {
+    becomeStandbyOf(*copyOf);
+  } else {
+    const Outcome made = command("initdb", {"-D", data(""), "-U", "postgres", "-A", "trust",
+                                            "--no-sync", "-E", "UTF8", "--locale=C"});
+    EXPECT_EQ(0, made.status) << made.err;
+  }
   start();
+}
+
+// A copy of data at rest is all that a standby needs which follows nobody.
+void Server::becomeStandbyOf(Server& other) {
+  other.stop();
+  const Outcome copied = run({"/bin/cp", "-a", other.data(""), data("")});
+  EXPECT_EQ(0, copied.status) << copied.err;
+  other.start();
+  if (version() < 12) {
+    writeFile(data("recovery.conf"), "standby_mode = on\n");
+  } else {
+    writeFile(data("standby.signal"), "");
+  }
 }
 
 Server::~Server() { stop("immediate"); }
@@ -74,6 +113,8 @@ Server::~Server() { stop("immediate"); }
 std::string Server::uri(std::string const& database) const {
   return "postgresql://postgres@/" + database + "?host=" + folder() + "&port=" + port_;
 }
+
+int Server::version() const { return std::stoi(readFile(data("PG_VERSION"))); }
 
 std::string Server::written() const {
   std::istringstream file(readFile(data("postgresql.auto.conf")));
@@ -139,7 +180,7 @@ std::string Server::id(std::string const& name) const {
 }
 
 Outcome Server::command(std::string const& program, std::vector<std::string> arguments) const {
-  arguments.insert(arguments.begin(), kPrograms + program);
+  arguments.insert(arguments.begin(), pathOf(program));
   return run(std::move(arguments));
 }
 

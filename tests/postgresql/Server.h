@@ -1,5 +1,7 @@
 // A PostgreSQL server that lives as long as the object: its data and its socket in a temporary
-// folder, on a free port, as a user that is not root (a server refuses to run as root).
+// folder, on a free port, as a user that is not root (a server refuses to run as root). The
+// server's programs are those of the folder that KNOB_POSTGRESQL_BIN names, or an installed
+// version's.
 #ifndef KNOB_TESTS_POSTGRESQL_SERVER_H
 #define KNOB_TESTS_POSTGRESQL_SERVER_H
 
@@ -18,13 +20,14 @@ class Server {
   // secret (password "right") and full (no connection left) and a database that is closed to them.
   static Server& shared();
 
-  // `copyOf`: the new server is a standby of that one.
-  explicit Server(Server const* copyOf = nullptr);
+  // `copyOf`: the new server is a standby with the data of that one, which is restarted for it.
+  explicit Server(Server* copyOf = nullptr);
   ~Server();
 
   std::string uri(std::string const& database = "postgres") const;
   std::string const& folder() const { return folder_.path(); }
   std::string const& port() const { return port_; }
+  int version() const;  // the major one
   std::string data(std::string const& file) const { return folder_ / ("data/" + file); }
   // What ALTER SYSTEM has written, without its comment.
   std::string written() const;
@@ -48,6 +51,7 @@ class Server {
   std::string id(std::string const& name) const;
 
  private:
+  void becomeStandbyOf(Server& other);
   Outcome command(std::string const& program, std::vector<std::string> arguments) const;
 
   TempFolder folder_;

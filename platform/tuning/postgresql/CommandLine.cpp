@@ -17,8 +17,9 @@ std::vector<std::string_view> argumentsIn(std::string_view text) {
   std::vector<std::string_view> arguments;
   text = text.substr(0, text.find_last_not_of("\r\n") + 1);
   const std::size_t begin = text.find(" \"");
-  if (begin == std::string_view::npos || !text.ends_with('"')) return arguments;
-  text = text.substr(begin + 2);
+  if (begin == std::string_view::npos) return arguments;
+  text.remove_prefix(begin + 2);
+  if (!text.ends_with('"')) return arguments;
   text.remove_suffix(1);
   for (;;) {
     const std::size_t end = text.find(kBetween);

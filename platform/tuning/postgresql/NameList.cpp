@@ -22,6 +22,8 @@ constexpr ListSetting kListSettings[] = {
     {"session_preload_libraries", NameList::Kind::names},
     {"local_preload_libraries", NameList::Kind::names},
     {"unix_socket_directories", NameList::Kind::names},
+    {"oauth_validator_libraries", NameList::Kind::names},
+    {"output_plugin_libraries", NameList::Kind::names},
 };
 
 struct Item {

@@ -11,6 +11,11 @@ namespace {
 
 // The server itself refuses only a line feed, but a settings file loses a carriage return as well.
 
+// Of a setting that cannot be changed at all, that is what is wrong with any value.
+[[noreturn]] void refuse(const Setting& setting, TnStatus status) {
+  throw TuningError(setting.preset ? TnStatus{TN_SETTING_READ_ONLY} : status);
+}
+
 }  // namespace
 
 NewValue::NewValue(std::string shown, std::vector<std::string> parts, bool list)
@@ -23,14 +28,14 @@ NewValue NewValue::ofBoolean(bool value) {
 
 NewValue NewValue::ofInteger(const Setting& setting, int64_t value) {
   if (value < setting.lowest || value > setting.highest) {
-    throw TuningError(TN_VALUE_OUT_OF_RANGE);
+    refuse(setting, TN_VALUE_OUT_OF_RANGE);
   }
   const std::string text = std::to_string(value);
   return {text, {text}, false};
 }
 
 NewValue NewValue::ofText(const Setting& setting, const std::string& value) {
-  if (std::any_of(value.begin(), value.end(), isControl)) throw TuningError(TN_CONTROL_CHARACTER);
+  if (std::any_of(value.begin(), value.end(), isControl)) refuse(setting, TN_CONTROL_CHARACTER);
   if (setting.list == NameList::Kind::none) return {value, {value}, false};
   auto names = NameList::ofPerson(value);
   if (!names) throw TuningError(TN_LIST_MALFORMED);
@@ -45,12 +50,12 @@ NewValue NewValue::ofOneText(const Setting& setting, const std::string& list) {
 }
 
 NewValue NewValue::ofChoice(const Setting& setting, const std::vector<int32_t>& items) {
-  if (items.size() != 1) throw TuningError(TN_ONE_CHOICE_REQUIRED);
-  const int32_t item = items.front();
-  if (item < 0 || static_cast<std::size_t>(item) >= setting.items.size()) {
-    throw TuningError(TN_NOT_A_CHOICE);
+  if (items.size() != 1) refuse(setting, TN_ONE_CHOICE_REQUIRED);
+  const auto item = static_cast<std::size_t>(items.front());
+  if (item >= setting.items.size() || !setting.items[item].available) {
+    refuse(setting, TN_NOT_A_CHOICE);
   }
-  const std::string& text = setting.items[static_cast<std::size_t>(item)];
+  const std::string& text = setting.items[item].text;
   return {text, {text}, false};
 }
 

@@ -58,7 +58,9 @@ std::string PostgresReader::stringValue(int32_t settingId, Selector selector) {
 std::vector<int32_t> PostgresReader::selectionValue(int32_t settingId, Selector selector) {
   const std::string& text = value(settingId, TN_TYPE_SINGLE_SELECTION, selector);
   const auto& items = known(settingId).items;
-  return {static_cast<int32_t>(std::find(items.begin(), items.end(), text) - items.begin())};
+  const auto found = std::find_if(items.begin(), items.end(),
+                                  [&text](const Choice& item) { return item.text == text; });
+  return {static_cast<int32_t>(found - items.begin())};
 }
 
 BooleanWords PostgresReader::booleanWords(int32_t settingId) {
@@ -82,7 +84,7 @@ std::string PostgresReader::selectionText(int32_t settingId, int32_t item) {
   if (item < 0 || static_cast<std::size_t>(item) >= items.size()) {
     throw TuningError(TN_UNKNOWN_ITEM);
   }
-  return items[static_cast<std::size_t>(item)];
+  return Choices::shown(items[static_cast<std::size_t>(item)]);
 }
 
 void PostgresReader::setBoolean(int32_t settingId, bool value) {

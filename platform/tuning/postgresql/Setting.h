@@ -9,7 +9,9 @@
 #include <vector>
 
 #include "service/TuningInterface.h"
+#include "tuning/postgresql/Choices.h"
 #include "tuning/postgresql/NameList.h"
+#include "tuning/postgresql/ValueText.h"
 
 namespace tn::postgresql {
 
@@ -21,6 +23,7 @@ struct Setting {
   TnValueType type = TN_TYPE_STRING;
   bool real = false;  // a string that holds a number with a fraction
   NameList::Kind list = NameList::Kind::none;
+  ValueText::Fractions fractions = ValueText::Fractions::rounded;
   bool listIsOneText = false;  // ALTER SYSTEM wants the whole list as one text
 
   // These stay valid as long as the snapshot lives.
@@ -38,7 +41,7 @@ struct Setting {
   // Values as they are shown: integers in decimal, selections as the text of the item.
   std::string fallback;  // the default
   std::string current;
-  std::vector<std::string> items;  // the choices of a selection
+  std::vector<Choice> items;  // the choices of a selection, by their numbers
 
   bool server = true;          // not of the kind that a session can have otherwise
   bool needsRestart = false;   // takes effect only when the server is restarted

@@ -79,6 +79,8 @@ constexpr std::string_view kOfPatroni[] = {"cluster_name",
 // Where nothing sets it, the server works out what the machine allows.
 constexpr std::string_view kWorkedOut = "max_stack_depth";
 
+constexpr int kRoundsFractions = 120000;  // the first version that does
+
 template <typename Range>
 bool holds(const Range& range, std::string_view text) {
   return std::find(std::begin(range), std::end(range), text) != std::end(range);
@@ -103,9 +105,9 @@ std::vector<std::string> elementsIn(std::string_view array) {
   return elements;
 }
 
-std::string shownInteger(std::string_view text, std::string_view unit,
+std::string shownInteger(std::string_view text, const Setting& setting,
                          const std::string& otherwise) {
-  const auto value = ValueText::integer(text, unit);
+  const auto value = ValueText::integer(text, setting.unit, setting.fractions);
   return value ? std::to_string(*value) : otherwise;
 }
 
@@ -122,13 +124,18 @@ std::string shownString(std::string_view text, const Setting& setting,
 
 std::string shownChoice(std::string_view text, const Setting& setting) {
   const auto item = ValueText::choice(text, setting.items);
-  return item ? setting.items[*item] : std::string(text);
+  return item ? setting.items[*item].text : std::string(text);
 }
 
 // The server takes some choices that it does not list; one that is in force has to have a place.
 void addChoice(Setting& setting, const std::string& choice) {
-  if (setting.type != TN_TYPE_SINGLE_SELECTION || holds(setting.items, choice)) return;
-  setting.items.push_back(choice);
+  if (setting.type != TN_TYPE_SINGLE_SELECTION) return;
+  const auto item = ValueText::choice(choice, setting.items);
+  if (!item) {
+    setting.items.push_back({choice});
+  } else {
+    setting.items[*item].available = true;
+  }
 }
 
 }  // namespace
@@ -229,10 +236,11 @@ void Snapshot::readType(Setting& setting, int row) const {
                                   [type](const TypeName& entry) { return entry.name == type; });
   setting.type = known == std::end(kTypes) ? TnValueType{TN_TYPE_STRING} : known->type;
   setting.real = type == "real";
+  if (version_ < kRoundsFractions) setting.fractions = ValueText::Fractions::refused;
   if (setting.type == TN_TYPE_STRING) setting.list = NameList::kindOf(setting.name);
   setting.listIsOneText = version_ < kListsOfFolders && setting.name == kSocketFolders;
   if (setting.type == TN_TYPE_SINGLE_SELECTION) {
-    setting.items = elementsIn(rows_.text(row, kChoices));
+    setting.items = Choices::of(setting.name, elementsIn(rows_.text(row, kChoices)));
   }
   const std::string_view context = rows_.text(row, kContext);
   setting.server = !holds(kClientContexts, context);
@@ -273,7 +281,7 @@ std::string Snapshot::shown(std::string_view text, const Setting& setting) {
       return value ? (*value ? Setting::kOn : Setting::kOff) : setting.fallback;
     }
     case TN_TYPE_INTEGER:
-      return shownInteger(text, setting.unit, setting.fallback);
+      return shownInteger(text, setting, setting.fallback);
     case TN_TYPE_SINGLE_SELECTION:
       return shownChoice(text, setting);
     default:

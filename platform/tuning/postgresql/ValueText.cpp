@@ -16,7 +16,7 @@ constexpr std::string_view kBlanks = " \t\n\r\f\v";
 
 enum class Dimension { memory, time };
 
-// Sizes in bytes and in microseconds.
+// Sizes in bytes and in microseconds. In each dimension the next smaller unit follows.
 struct Unit {
   std::string_view name;
   Dimension dimension;
@@ -24,17 +24,17 @@ struct Unit {
 };
 
 constexpr Unit kUnits[] = {
-    {"B", Dimension::memory, 1.0},
-    {"kB", Dimension::memory, 1024.0},
-    {"MB", Dimension::memory, 1048576.0},
-    {"GB", Dimension::memory, 1073741824.0},
     {"TB", Dimension::memory, 1099511627776.0},
-    {"us", Dimension::time, 1.0},
-    {"ms", Dimension::time, 1e3},
-    {"s", Dimension::time, 1e6},
-    {"min", Dimension::time, 6e7},
-    {"h", Dimension::time, 3.6e9},
+    {"GB", Dimension::memory, 1073741824.0},
+    {"MB", Dimension::memory, 1048576.0},
+    {"kB", Dimension::memory, 1024.0},
+    {"B", Dimension::memory, 1.0},
     {"d", Dimension::time, 8.64e10},
+    {"h", Dimension::time, 3.6e9},
+    {"min", Dimension::time, 6e7},
+    {"s", Dimension::time, 1e6},
+    {"ms", Dimension::time, 1e3},
+    {"us", Dimension::time, 1.0},
 };
 
 const Unit* unitNamed(std::string_view name) {
@@ -52,57 +52,104 @@ bool beginsWord(std::string_view word, std::string_view beginning) {
   return isSameIgnoringCase(word.substr(0, beginning.size()), beginning);
 }
 
-// A setting's own unit may carry a count: "8kB" are blocks of 8192 bytes.
-std::optional<double> factor(std::string_view from, std::string_view to) {
-  if (from.empty()) return 1.0;
-  double count = 1.0;
-  const auto number = std::from_chars(to.data(), to.data() + to.size(), count);
-  if (number.ec == std::errc()) {
-    to.remove_prefix(static_cast<std::size_t>(number.ptr - to.data()));
-  } else {
-    count = 1.0;
-  }
-  const Unit* const source = unitNamed(from);
-  const Unit* const target = unitNamed(to);
-  if (!source || !target || source->dimension != target->dimension) return std::nullopt;
-  return source->size / (target->size * count);
-}
+// What a unit in a text is of the setting's own.
+struct Scale {
+  const Unit* from;
+  double to;  // the size of the setting's unit
 
-struct Number {
-  double value;
-  std::string_view rest;
+  double times(const Unit& unit) const { return unit.size / to; }
 };
 
-// A number written in base 16 or 8, which the server takes for integers.
-std::optional<Number> wholeNumber(std::string_view text) {
+// The setting's own unit may carry a count: "8kB" are blocks of 8192 bytes.
+std::optional<Scale> scaleOf(std::string_view given, std::string_view own) {
+  double count = 1.0;
+  const auto number = std::from_chars(own.data(), own.data() + own.size(), count);
+  if (number.ec != std::errc()) count = 1.0;
+  own.remove_prefix(static_cast<std::size_t>(number.ptr - own.data()));
+  const Unit* const from = unitNamed(given);
+  const Unit* const to = unitNamed(own);
+  if (!from || !to || from->dimension != to->dimension) return std::nullopt;
+  return Scale{from, to->size * count};
+}
+
+bool takeSign(std::string_view& text) {
   const bool negative = text.starts_with('-');
   if (negative || text.starts_with('+')) text.remove_prefix(1);
-  if (text.size() < 2 || text.front() != '0') return std::nullopt;
-  const bool hexadecimal = lower(text[1]) == 'x';
-  text.remove_prefix(hexadecimal ? 2 : 1);
+  return negative;
+}
+
+bool takeHexadecimalMark(std::string_view& text) {
+  const bool marked = text.size() > 2 && text[0] == '0' && lower(text[1]) == 'x';
+  if (marked) text.remove_prefix(2);
+  return marked;
+}
+
+template <typename Value>
+struct Number {
+  Value value;
+  std::string_view rest;  // of the text, behind the number
+};
+
+// A whole number in base 10, 16 (0x) or 8 (a leading 0).
+std::optional<Number<int64_t>> wholeNumber(std::string_view text) {
+  const bool negative = takeSign(text);
+  const int base = takeHexadecimalMark(text) ? 16 : text.starts_with('0') ? 8 : 10;
+  if (text.starts_with('-')) return std::nullopt;
   int64_t value = 0;
   const char* const end = text.data() + text.size();
-  const auto number = std::from_chars(text.data(), end, value, hexadecimal ? 16 : 8);
+  const auto number = std::from_chars(text.data(), end, value, base);
   if (number.ec != std::errc()) return std::nullopt;
-  const std::string_view rest(number.ptr, static_cast<std::size_t>(end - number.ptr));
-  if (rest.starts_with('.') || (!rest.empty() && lower(rest.front()) == 'e')) return std::nullopt;
-  return Number{static_cast<double>(negative ? -value : value), rest};
+  return Number<int64_t>{negative ? -value : value,
+                         {number.ptr, static_cast<std::size_t>(end - number.ptr)}};
 }
 
-std::optional<Number> decimalNumber(std::string_view text) {
-  if (text.starts_with('+')) text.remove_prefix(1);
+std::optional<Number<double>> fractionalNumber(std::string_view text) {
+  const bool negative = takeSign(text);
+  const auto format =
+      takeHexadecimalMark(text) ? std::chars_format::hex : std::chars_format::general;
+  if (text.starts_with('-')) return std::nullopt;
   double value = 0;
   const char* const end = text.data() + text.size();
-  const auto number = std::from_chars(text.data(), end, value);
-  if (number.ec != std::errc()) return std::nullopt;
-  return Number{value, {number.ptr, static_cast<std::size_t>(end - number.ptr)}};
+  const auto number = std::from_chars(text.data(), end, value, format);
+  if (number.ec != std::errc() || !std::isfinite(value)) return std::nullopt;
+  return Number<double>{negative ? -value : value,
+                        {number.ptr, static_cast<std::size_t>(end - number.ptr)}};
 }
 
-std::optional<double> inUnit(const std::optional<Number>& number, std::string_view unit) {
+// A number that goes on like a fraction is read as one.
+std::optional<Number<double>> integerNumber(std::string_view text) {
+  const auto whole = wholeNumber(text);
+  if (text.starts_with('.') || (whole && whole->rest.find_first_of(".eE") == 0)) {
+    return fractionalNumber(text);
+  }
+  if (!whole) return std::nullopt;
+  return Number<double>{static_cast<double>(whole->value), whole->rest};
+}
+
+// What is a fraction of the unit that the text names is rounded to the next smaller unit first.
+std::optional<double> inUnit(const std::optional<Number<double>>& number, std::string_view unit) {
   if (!number) return std::nullopt;
-  const auto times = factor(trimmed(number->rest), unit);
-  if (!times) return std::nullopt;
-  return number->value * *times;
+  const std::string_view given = trimmed(number->rest);
+  if (given.empty()) return number->value;
+  const auto scale = scaleOf(given, unit);
+  if (!scale) return std::nullopt;
+  const double value = number->value * scale->times(*scale->from);
+  const Unit* const smaller = scale->from + 1;
+  if (smaller == std::end(kUnits) || smaller->dimension != scale->from->dimension) return value;
+  const double step = scale->times(*smaller);
+  return std::nearbyint(value / step) * step;
+}
+
+// What is a fraction of the setting's unit is cut off.
+std::optional<double> cutToUnit(const std::optional<Number<int64_t>>& number,
+                                std::string_view unit) {
+  if (!number || number->value != static_cast<int32_t>(number->value)) return std::nullopt;
+  const std::string_view given = trimmed(number->rest);
+  const auto value = static_cast<double>(number->value);
+  if (given.empty()) return value;
+  const auto scale = scaleOf(given, unit);
+  if (!scale) return std::nullopt;
+  return std::trunc(value * scale->from->size / scale->to);
 }
 
 }  // namespace
@@ -125,10 +172,11 @@ std::optional<bool> ValueText::boolean(std::string_view text) {
   return std::nullopt;
 }
 
-std::optional<int32_t> ValueText::integer(std::string_view text, std::string_view unit) {
+std::optional<int32_t> ValueText::integer(std::string_view text, std::string_view unit,
+                                          Fractions fractions) {
   text = trimmed(text);
-  const auto whole = wholeNumber(text);
-  const auto value = inUnit(whole ? whole : decimalNumber(text), unit);
+  const auto value = fractions == Fractions::refused ? cutToUnit(wholeNumber(text), unit)
+                                                     : inUnit(integerNumber(text), unit);
   if (!value) return std::nullopt;
   const double rounded = std::nearbyint(*value);
   if (!(rounded >= std::numeric_limits<int32_t>::min() &&
@@ -139,14 +187,14 @@ std::optional<int32_t> ValueText::integer(std::string_view text, std::string_vie
 }
 
 std::optional<double> ValueText::real(std::string_view text, std::string_view unit) {
-  return inUnit(decimalNumber(trimmed(text)), unit);
+  return inUnit(fractionalNumber(trimmed(text)), unit);
 }
 
 std::optional<std::size_t> ValueText::choice(std::string_view text,
-                                             const std::vector<std::string>& choices) {
-  const auto found =
-      std::find_if(choices.begin(), choices.end(),
-                   [text](const std::string& choice) { return isSameIgnoringCase(choice, text); });
+                                             const std::vector<Choice>& choices) {
+  const auto found = std::find_if(choices.begin(), choices.end(), [text](const Choice& choice) {
+    return isSameIgnoringCase(choice.text, text);
+  });
   if (found != choices.end()) return static_cast<std::size_t>(found - choices.begin());
   // The other words for on and off are taken wherever these two are choices, but not listed.
   const auto asBoolean = boolean(text);

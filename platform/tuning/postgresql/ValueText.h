@@ -10,17 +10,25 @@
 #include <string_view>
 #include <vector>
 
+#include "tuning/postgresql/Choices.h"
+
 namespace tn::postgresql {
 
 class ValueText {
  public:
+  // What a server makes of a fraction in the value of an integer setting. Before version 12 it
+  // refuses one, and cuts off what is less than the setting's unit ("90s" are 1 min); since then it
+  // rounds.
+  enum class Fractions { refused, rounded };
+
   // Not there when the text is no such value. `unit` is the setting's: "kB", "8kB", "ms", "" ...
   static std::optional<bool> boolean(std::string_view text);
-  static std::optional<int32_t> integer(std::string_view text, std::string_view unit);
+  static std::optional<int32_t> integer(std::string_view text, std::string_view unit,
+                                        Fractions fractions = Fractions::rounded);
   static std::optional<double> real(std::string_view text, std::string_view unit);
   // The position of the choice that the text names, without regard to case.
   static std::optional<std::size_t> choice(std::string_view text,
-                                           const std::vector<std::string>& choices);
+                                           const std::vector<Choice>& choices);
   // A real as the server shows it: six digits.
   static std::string ofReal(double value);
 };
