@@ -24,7 +24,7 @@ class ValueText {
   // Not there when the text is no such value. `unit` is the setting's: "kB", "8kB", "ms", "" ...
   static std::optional<bool> boolean(std::string_view text);
   static std::optional<int32_t> integer(std::string_view text, std::string_view unit,
-                                        Fractions fractions);
+                                        Fractions fractions = Fractions::rounded);
   static std::optional<double> real(std::string_view text, std::string_view unit);
   // The position of the choice that the text names, without regard to case.
   static std::optional<std::size_t> choice(std::string_view text,
