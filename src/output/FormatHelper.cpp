@@ -2,9 +2,7 @@
 
 #include <utility>
 
-kz::String FormatHelper::getTabStr(int count) const {
-  return kz::String().insert(0, count, L'\t');
-}
+kz::String FormatHelper::getTabStr(int count) const { return kz::String().insert(0, count, L'\t'); }
 
 void FormatHelper::padToLen(kz::String& text, int length) const {
   text.insert(text.length(), length - text.length(), L' ');

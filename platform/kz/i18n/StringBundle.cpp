@@ -172,6 +172,7 @@ std::vector<StringBundle::Source> StringBundle::sources(String const& name, Loca
   std::vector<std::string> suffixes = locale.suffixes();
   suffixes.emplace_back();
   std::vector<Source> sources;
+  sources.reserve(suffixes.size());
   for (std::string const& suffix : suffixes) {
     sources.push_back({folder() + "/" + name.getBytes() + suffix + ".properties"});
   }
