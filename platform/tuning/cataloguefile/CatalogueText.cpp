@@ -55,11 +55,9 @@ Fault notReadable(int error) {
 std::optional<std::string> readCatalogueText(const std::string& path, Faults& faults) {
   const File file(path);
   std::string text;
-  if (!file.isOpen()) {
-    faults.push_back(notReadable(errno));
-  } else if (!file.isRegular()) {
+  if (file.isOpen() && !file.isRegular()) {
     faults.push_back({0, "is not a regular file", TN_CATALOGUE_NOT_A_FILE});
-  } else if (!file.read(text)) {
+  } else if (!file.isOpen() || !file.read(text)) {
     faults.push_back(notReadable(errno));
   } else if (text.size() > kLargestCatalogue) {
     faults.push_back({0, "is larger than 4 MiB", TN_CATALOGUE_NOT_A_FILE});
