@@ -20,11 +20,6 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t";
 
-std::string const& folder() {
-  static const std::string path = util::FilePath::getProgramDir().getBytes() + "/../share/knob";
-  return path;
-}
-
 // What tells one state of a file from another.
 struct FileState {
   dev_t device = 0;
@@ -104,7 +99,7 @@ std::string_view trimmed(std::string_view text) {
 
 // Counts the changes in the bundles' folder, so that each bundle knows whether it has to look.
 long folderGeneration() {
-  static io::FolderWatch watch(folder());
+  static io::FolderWatch watch(StringBundle::folder());
   static long generation = 0;
   if (watch.perhapsChanged()) ++generation;
   return generation;
@@ -154,6 +149,11 @@ class StringBundle::Texts {
   std::string content_;
   std::map<std::string_view, Text> texts_;  // parts of the content
 };
+
+std::string const& StringBundle::folder() {
+  static const std::string path = util::FilePath::getProgramDir().getBytes() + "/../share/knob";
+  return path;
+}
 
 std::vector<StringBundle::Source> StringBundle::sources(std::string const& name,
                                                         Locale const& locale) {
