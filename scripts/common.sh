@@ -1,7 +1,7 @@
 # What the scripts share. Sourced by them; expects `root` to be the folder of the project.
 
 build_packages="cmake ninja-build g++ libsqlite3-dev libpq-dev"
-test_packages="libgtest-dev nlohmann-json3-dev postgresql-15 locales"
+test_packages="libgtest-dev nlohmann-json3-dev postgresql-15 locales zsh lowdown man-db mandoc"
 check_packages="clang clang-format clang-tidy git"
 
 # install PACKAGE...: installs the Debian packages that are missing. Prints on standard error only.

@@ -12,16 +12,14 @@
 namespace diff {
 namespace {
 
+// Which variable takes the password for servers of a scheme.
 struct Scheme {
   std::string_view name;
-  // The variable that takes the password, and one that takes "user:password".
   const char* passwordVariable;
-  const char* loginVariable;
 };
-constexpr Scheme kSchemes[] = {
-    {"postgresql", "PGPASSWORD", nullptr}, {"postgres", "PGPASSWORD", nullptr},
-    {"patroni", "PGPASSWORD", nullptr},    {"patronis", "PGPASSWORD", nullptr},
-    {"etcd", nullptr, "ETCDCTL_USER"},     {"etcds", nullptr, "ETCDCTL_USER"}};
+constexpr Scheme kSchemes[] = {{"postgresql", "PGPASSWORD"}, {"postgres", "PGPASSWORD"},
+                               {"patroni", "PGPASSWORD"},    {"patronis", "PGPASSWORD"},
+                               {"etcd", "ETCDCTL_PASSWORD"}, {"etcds", "ETCDCTL_PASSWORD"}};
 
 // The part before the first colon, if it looks like one of an address.
 std::optional<std::string_view> schemeOf(std::string_view name) {
@@ -58,22 +56,18 @@ std::string percentDecoded(std::string_view text) {
   return decoded;
 }
 
-// Takes "user:password@" out of the address and returns both parts, percent-decoded.
-struct Login {
-  std::string user, password;
-};
-std::optional<Login> takePassword(std::string& address) {
+// Takes the password of "user:password@" out of the address.
+std::optional<std::string> takePassword(std::string& address) {
   const size_t start = address.find("://");
   if (start == address.npos) return std::nullopt;
   const size_t login = start + 3;
-  const size_t end = address.find_first_of("/?#", login);
-  const size_t at = address.substr(0, end).rfind('@');
+  const size_t at = address.substr(0, address.find_first_of("/?#", login)).rfind('@');
   const size_t colon = address.find(':', login);
   if (at == address.npos || at < login || colon >= at) return std::nullopt;
-  Login taken{percentDecoded(std::string_view(address).substr(login, colon - login)),
-              percentDecoded(std::string_view(address).substr(colon + 1, at - colon - 1))};
+  std::string password =
+      percentDecoded(std::string_view(address).substr(colon + 1, at - colon - 1));
   address.erase(colon, at - colon);
-  return taken;
+  return password;
 }
 
 // The same for a "password=" among the options of an address.
@@ -104,13 +98,9 @@ Side::Side(const std::string& name) : shown(name) {
   server = name;
   const auto* const known = std::ranges::find(kSchemes, scheme.value_or(""), &Scheme::name);
   if (known != std::end(kSchemes)) {
-    const auto login = takePassword(server);
+    const auto beforeHost = takePassword(server);
     const auto option = takePasswordOption(server);
-    if (known->passwordVariable != nullptr && (login || option)) {
-      environment[known->passwordVariable] = option ? *option : login->password;
-    } else if (login) {
-      environment[known->loginVariable] = login->user + ":" + login->password;
-    }
+    if (option || beforeHost) environment[known->passwordVariable] = option ? *option : *beforeHost;
   }
   shown = server;
 }

@@ -178,7 +178,7 @@ TEST(DiffSide, HandsPasswordsOnThroughTheEnvironmentAlone) {
       {"postgres://h/d?password=x&sslmode=off", "postgres://h/d?sslmode=off", "PGPASSWORD", "x"},
       {"postgresql://u@h:5432,i:5433/d", "postgresql://u@h:5432,i:5433/d", "", ""},
       {"postgresql://h/d?a=b&password=", "postgresql://h/d?a=b", "PGPASSWORD", ""},
-      {"etcds://u:p@[::1]:2379/x", "etcds://u@[::1]:2379/x", "ETCDCTL_USER", "u:p"},
+      {"etcds://u:p@[::1]:2379/x", "etcds://u@[::1]:2379/x", "ETCDCTL_PASSWORD", "p"},
       {"file:/a:b@c", "file:/a:b@c", "", ""},
       {"LocalHost", "LocalHost", "", ""},
       {"./localhost", "", "", ""},
