@@ -21,14 +21,6 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t";
 
-std::string const& folder() {
-  // Without "..", which every look at a file would have to resolve again.
-  static const std::string path =
-      (std::filesystem::path(util::FilePath::getProgramDir().getBytes()) / KNOB_BUNDLE_PATH)
-          .lexically_normal();
-  return path;
-}
-
 // What tells one state of a file from another.
 struct FileState {
   dev_t device = 0;
@@ -144,6 +136,14 @@ class StringBundle::Texts {
   std::string content_;
   std::map<std::string_view, Text> texts_;  // parts of the content
 };
+
+std::string const& StringBundle::folder() {
+  // Without "..", which every look at a file would have to resolve again.
+  static const std::string path =
+      (std::filesystem::path(util::FilePath::getProgramDir().getBytes()) / KNOB_BUNDLE_PATH)
+          .lexically_normal();
+  return path;
+}
 
 // One file of a bundle, as it was when it was last looked at.
 struct StringBundle::Source {

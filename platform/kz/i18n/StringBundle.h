@@ -32,6 +32,9 @@ class StringBundle : public Object {
   // without a language cannot be read.
   static Reference<StringBundle> getBundle(String const& name, Locale const* locale);
 
+  // Where the files of bundles lie.
+  static std::string const& folder();
+
   ~StringBundle() override;
 
   // Throws Exception when the key is in none of the bundle's files.

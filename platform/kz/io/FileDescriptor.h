@@ -12,6 +12,8 @@ namespace kz::io {
 class FileDescriptor {
  public:
   FileDescriptor() noexcept = default;
+  // Takes an open descriptor over.
+  explicit FileDescriptor(int descriptor) noexcept : descriptor_(descriptor) {}
   // Opens the path with the flags of open(2) (and O_CLOEXEC); a new file gets the mode 0666.
   FileDescriptor(std::string const& path, int flags);
   FileDescriptor(FileDescriptor&& other) noexcept : descriptor_(other.detach()) {}

@@ -1,0 +1,15 @@
+# Completion of knob-diff for bash: options, server forms and files.
+_knob_diff() {
+  local word=${COMP_WORDS[COMP_CWORD]}
+  COMPREPLY=()
+  if [[ $word == -* ]]; then
+    mapfile -t COMPREPLY < <(compgen -W '-JSON --settings --changed --ignore --all --user-a --user-b
+      --help --version' -- "$word")
+  elif [[ ${COMP_WORDS[COMP_CWORD - 1]} != --user-[ab] ]]; then
+    compopt -o filenames
+    mapfile -t COMPREPLY < <(compgen -f -- "$word")
+    [[ -n $word && localhost == "$word"* ]] && COMPREPLY+=(localhost)
+  fi
+}
+
+complete -F _knob_diff knob-diff

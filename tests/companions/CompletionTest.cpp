@@ -1,0 +1,129 @@
+// Completion in a real bash and a real zsh. A line is completed and then shown by the shell itself:
+// two keys put "echo" in front of it and run it.
+#include <chrono>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "companions/Terminal.h"
+#include "postgresql/Server.h"
+#include "support/Process.h"
+#include "support/TempFolder.h"
+
+namespace {
+
+const std::string kCompletions = std::string(KNOB_SOURCE_DIR) + "/share/completions";
+// Keys: to the beginning of the line, "print it", return. Single quotes keep what was completed.
+constexpr char kShowLine[] = "\x01printf '<%s>' \r";
+
+struct Shell {
+  std::string program;
+  std::vector<std::string> arguments;
+  std::string setUp;
+};
+
+std::vector<Shell> shells() {
+  return {{"/bin/bash", {"--norc", "--noprofile", "-i"}, "source " + kCompletions + "/knob.bash"},
+          {"/usr/bin/zsh",
+           {"-f", "-i"},
+           "fpath=(" + kCompletions + " $fpath); autoload -U compinit; compinit -u -D"}};
+}
+
+class Completion : public testing::TestWithParam<Shell> {
+ protected:
+  void SetUp() override {
+    if (access(GetParam().program.c_str(), X_OK) != 0) {
+      GTEST_SKIP() << GetParam().program << " is not installed";
+    }
+    run({"-S", store, "15", "1"});
+    run({"-S", store, "74", "$(touch " + (home / "evaluated") + ") 'x"});
+    std::vector<std::string> command = {GetParam().program};
+    command.insert(command.end(), GetParam().arguments.begin(), GetParam().arguments.end());
+    terminal = std::make_unique<Terminal>(
+        command, std::map<std::string, std::string>{{"HOME", home.path()},
+                                                    {"XDG_STATE_HOME", home / "state"},
+                                                    {"PATH", programFolder() + ":/usr/bin:/bin"},
+                                                    {"TERM", "dumb"},
+                                                    {"A", store}});
+    terminal->type(GetParam().setUp + "; PS1=; echo rea''dy\r");
+    terminal->waitFor("ready\r\n");
+  }
+  void run(std::vector<std::string> arguments) const {
+    EXPECT_EQ(0, knob(home.path(), std::move(arguments)).run().status);
+  }
+  // The words of the line as they are after the keys, each in angle brackets.
+  std::string completed(std::string const& keys) {
+    terminal->type(keys + kShowLine);
+    std::string all;
+    do {
+      all = terminal->waitFor("<knob>");
+    } while (all.find("printf") == std::string::npos && !all.empty());
+    terminal->type("echo; echo d''one\r");
+    std::string words = "<knob>" + terminal->waitFor("done\r\n");
+    return words.substr(0, words.rfind('>') + 1);
+  }
+
+  TempFolder home;
+  const std::string store = "file:" + (home / "a.db");
+  std::unique_ptr<Terminal> terminal;
+};
+
+TEST_P(Completion, PutsIdsAndValuesOfTheEngineThatTheLineNames) {
+  const std::string server = "<-S><" + store + ">";
+  const std::pair<std::string, std::string> cases[] = {
+      {"knob replacement\t", "<knob><15>"},
+      {"knob 'lock wait l\t", "<knob><25>"},
+      {"knob 15 fr\t", "<knob><15><1>"},
+      {"knob 25 \t", "<knob><25><20>"},
+      {"knob -S \"$A\" replacement\t", "<knob>" + server + "<15>"},
+      {"knob -S $A 65 of\t", "<knob>" + server + "<65><off>"},
+      {"knob -J\t", "<knob><-JSON>"},
+      {"knob no such setting\t", "<knob><no><such><setting>"},
+      {"knob replica\t", "<knob><replica>"},
+      {"knob -S \"$(touch " + (home / "evaluated") + ";echo x)\" 25 \t", "<knob><-S><x><25>"},
+  };
+  for (auto const& [keys, words] : cases) {
+    EXPECT_EQ(words, completed(keys)) << keys;
+    std::filesystem::remove(home / "evaluated");  // by the shell, when it ran the shown line
+  }
+  EXPECT_EQ("<knob>" + server + "<74><$(touch " + (home / "evaluated") + ") 'x>",
+            completed("knob -S $A 74 \t"));
+  EXPECT_FALSE(std::filesystem::exists(home / "evaluated"));
+}
+
+TEST_P(Completion, AsksAPostgreSqlServerToo) {
+  if (!Server::obstacle().empty()) GTEST_SKIP() << Server::obstacle();
+  const std::string server = Server::shared().uri();
+  terminal->type("P='" + server + "'\r");
+  EXPECT_EQ("<knob><-S><" + server + "><136><16384>", completed("knob -S \"$P\" red_buf\t \t"));
+  EXPECT_EQ("<knob><-S><" + server + "><1928>", completed("knob -S $P search_pa\t"));
+}
+
+TEST_P(Completion, ShowsSeveralAndLeavesTheWord) {
+  terminal->type("knob page\t\t");
+  const std::string shown = terminal->waitFor("Page Verification");
+  EXPECT_NE(shown.find("48  Page Cache Size"), std::string::npos) << shown;
+  EXPECT_EQ(shown.find("_knob"), std::string::npos) << "a message of the shell: " << shown;
+  EXPECT_EQ("<knob><page>", completed(""));
+}
+
+TEST_P(Completion, GivesThePromptBackWhenTheServerIsSilent) {
+  const int listener = socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  ASSERT_EQ(0, bind(listener, reinterpret_cast<sockaddr*>(&address), size));
+  ASSERT_EQ(0, listen(listener, 8));
+  getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size);
+  const std::string server =
+      "postgresql://u:pw@127.0.0.1:" + std::to_string(ntohs(address.sin_port));
+  EXPECT_EQ("<knob><-S><" + server + "><work>", completed("knob -S " + server + " work\t"));
+  close(listener);
+}
+
+INSTANTIATE_TEST_SUITE_P(Shells, Completion, testing::ValuesIn(shells()),
+                         [](auto const& instance) { return instance.index == 0 ? "bash" : "zsh"; });
+
+}  // namespace
