@@ -31,6 +31,7 @@ int main(int count, char** words) {
     fprintf(stderr, "The settings cannot be read: status %d\n", status);
     return 1;
   }
-  printf("pool of %d, orders %s, \"%s\"\n", (int)poolSize, acceptOrders ? "open" : "closed", notice);
+  printf("pool of %d, orders %s, \"%s\"\n", (int)poolSize, acceptOrders ? "open" : "closed",
+         notice);
   return 0;
 }

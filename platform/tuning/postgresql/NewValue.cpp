@@ -3,13 +3,12 @@
 #include <algorithm>
 #include <utility>
 
+#include "tuning/Characters.h"
 #include "tuning/TuningError.h"
 #include "tuning/postgresql/NameList.h"
 
 namespace tn::postgresql {
 namespace {
-
-// The server itself refuses only a line feed, but a settings file loses a carriage return as well.
 
 // Of a setting that cannot be changed at all, that is what is wrong with any value.
 [[noreturn]] void refuse(const Setting& setting, TnStatus status) {
