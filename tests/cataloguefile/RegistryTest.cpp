@@ -66,7 +66,7 @@ TEST_F(Registry, IsShownAndChangedLikeAnyEngine) {
       {{"1001"}, 0, "Current Value: 40\n"},
       {{"1001", "501"}, 1, "7202: "},
       {{"204"}, 0, "Range: 16 to "},
-      {{"204", "2147483647"}, 0, "Setting 204 was updated. Changes that need a restart"},
+      {{"204", "2147483647"}, 0, "Setting 204 was updated. Changes that require a restart"},
       {{"2001", "CLOSED"}, 0, "Setting 2001 was updated.\n"},
       {{"2001"}, 0, "Current Value: closed\n"},
       {{"2002"}, 0, "Default Value: 0 2\n"},
@@ -76,7 +76,7 @@ TEST_F(Registry, IsShownAndChangedLikeAnyEngine) {
       {{"2004"}, 0, "Description (client setting): "},
       {{"2004", "Grüße für %s & 'Co'"}, 0, "Setting 2004 was updated.\n"},
       {{"74"}, 0, "Current Value: \n"},
-      {{"25"}, 1, "There is no setting with this id"},
+      {{"25"}, 1, "Unknown setting ID"},
       {{"-H", "pool"}, 0, "1001\tPool Size\n1002\tPool Wait Limit\n1003\tCheck Pooled Conn"},
       {{"1001", "-U", "root"}, 1, "7105: "},
   };
