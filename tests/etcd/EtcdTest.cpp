@@ -154,7 +154,7 @@ TEST_F(Etcd, SaysSoWithoutAQuorumAndWorksAgainLater) {
   const std::string told = import.out + import.err;
   EXPECT_NE(std::string::npos, told.find("7607: ")) << told;
   EXPECT_EQ(30, std::count(import.err.begin(), import.err.end(), '\n')) << import.err;
-  for (const std::size_t node : {1, 2}) cluster().start(node);
+  for (const std::size_t node : {1U, 2U}) cluster().start(node);
   cluster().await();
   EXPECT_EQ("8", store().readAll()[25]);
   EXPECT_EQ(0, knob({"25", "9"}).status);
