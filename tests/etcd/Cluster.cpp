@@ -88,6 +88,7 @@ void Cluster::start(std::size_t node) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   dup2(open("/dev/null", O_RDWR), STDERR_FILENO);
   std::vector<char*> pointers;
+  pointers.reserve(words.size() + 1);
   for (std::string& word : words) pointers.push_back(word.data());
   pointers.push_back(nullptr);
   execv(kServer, pointers.data());

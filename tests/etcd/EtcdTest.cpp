@@ -37,6 +37,7 @@ class Etcd : public testing::Test {
   void SetUp() override {
     const std::string obstacle = Cluster::obstacle();
     if (!obstacle.empty()) GTEST_SKIP() << obstacle;
+    cluster();  // its servers end with the thread that starts them
     prefix_ = std::string("/") + testing::UnitTest::GetInstance()->current_test_info()->name();
   }
   static Cluster& cluster() { return Cluster::shared(); }
@@ -95,8 +96,12 @@ TEST_F(Etcd, KeepsEveryByte) {
 TEST_F(Etcd, LosesNoChangeOfManyProcesses) {
   const auto runAll = [&](std::function<std::vector<std::string>(int)> const& words) {
     std::vector<std::thread> threads;
+    threads.reserve(20);
     for (int i = 0; i < 20; ++i) {
-      threads.emplace_back([&, i] { EXPECT_EQ(0, knob(words(i)).status); });
+      threads.emplace_back([&, i] {
+        const Outcome run = knob(words(i));
+        EXPECT_EQ(0, run.status) << run.err;
+      });
     }
     for (std::thread& thread : threads) thread.join();
   };
@@ -154,7 +159,7 @@ TEST_F(Etcd, SaysSoWithoutAQuorumAndWorksAgainLater) {
   const std::string told = import.out + import.err;
   EXPECT_NE(std::string::npos, told.find("7607: ")) << told;
   EXPECT_EQ(30, std::count(import.err.begin(), import.err.end(), '\n')) << import.err;
-  for (const std::size_t node : {1, 2}) cluster().start(node);
+  for (const std::size_t node : {1U, 2U}) cluster().start(node);
   cluster().await();
   EXPECT_EQ("8", store().readAll()[25]);
   EXPECT_EQ(0, knob({"25", "9"}).status);
