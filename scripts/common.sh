@@ -3,6 +3,7 @@
 build_packages="cmake ninja-build g++ libsqlite3-dev libpq-dev libcurl4-openssl-dev nlohmann-json3-dev libtomlplusplus-dev"
 test_packages="libgtest-dev postgresql-15 pgbouncer locales pkgconf etcd-server etcd-client openssl zsh lowdown man-db mandoc"
 check_packages="clang clang-format clang-tidy git"
+package_packages="debhelper lowdown dpkg-dev fakeroot lintian git"
 
 # install PACKAGE...: installs the Debian packages that are missing. Services among them are not
 # started: the tests need their programs only. Prints on standard error only.
