@@ -72,7 +72,8 @@ Differences Comparison::changed(const Settings& settings, const IgnoreList& igno
   for (const Setting& setting : settings) {
     if (ignored.has(setting.id, setting.name)) continue;
     if (!setting.defaultValue) {
-      throw Trouble("the default of setting " + std::to_string(setting.id) + " is not told");
+      throw Trouble("no default value for setting " + std::to_string(setting.id) +
+                    ": --changed needs a full export");
     }
     if (setting.value == *setting.defaultValue) continue;
     Difference difference = differenceOf(setting, nullptr);

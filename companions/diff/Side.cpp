@@ -35,7 +35,8 @@ std::optional<std::string_view> schemeOf(std::string_view name) {
 bool isThisMachine(const std::string& name) {
   char hostName[1025] = {};
   return strcasecmp(name.c_str(), "localhost") == 0 ||
-         (gethostname(hostName, sizeof hostName - 1) == 0 && name == hostName);
+         (gethostname(hostName, sizeof hostName - 1) == 0 &&
+          strcasecmp(name.c_str(), hostName) == 0);
 }
 
 int hexDigit(char c) {

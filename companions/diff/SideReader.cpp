@@ -181,7 +181,9 @@ std::string SideReader::readFile(const std::string& path) {
     }
     return content;
   } catch (const kz::ResultException& failure) {
-    throw Trouble(reasonOf(failure.getResult()));
+    throw Trouble(path + ": " + reasonOf(failure.getResult()));
+  } catch (const Trouble& trouble) {
+    throw Trouble(path + ": " + trouble.what());
   }
 }
 
@@ -193,9 +195,9 @@ std::vector<Settings> SideReader::readAll(const std::vector<Side>& sides, const 
   collect(exports);
   std::vector<Settings> all;
   for (const Side& side : sides) {
+    const std::string file = side.isServer() ? std::string() : readFile(side.path);
     all.push_back(named(side, [&] {
-      return SettingsFile::parse(side.isServer() ? exports.at(&side).finish() : readFile(side.path),
-                                 tags);
+      return SettingsFile::parse(side.isServer() ? exports.at(&side).finish() : file, tags);
     }));
   }
   return all;

@@ -14,7 +14,7 @@ namespace diff {
 
 class SideReader {
  public:
-  // The whole content. Throws Trouble, with a bare reason.
+  // The whole content. Throws Trouble, which names the file.
   static std::string readFile(const std::string& path);
   // One result for each side, in order. Throws Trouble, which names the side.
   static std::vector<Settings> readAll(const std::vector<Side>& sides, const Tags& tags);

@@ -22,9 +22,18 @@ Tags::Closing aroundConversion(const std::string& text) {
   return {text.substr(0, at), text.substr(at + 2)};
 }
 
+std::string beginning(const StringBundle& texts, const char* key) {
+  const std::string text = texts.getString(key).getBytes();
+  return text.substr(0, text.find('%'));
+}
+
 void addLanguage(const StringBundle& texts, Tags& tags) {
-  tags.defaultValue.push_back(
-      aroundConversion(texts.getString("KNOB_TAG_DEF_VALUE").getBytes()).before);
+  tags.defaultValue.push_back(beginning(texts, "KNOB_TAG_DEF_VALUE"));
+  for (const char* const key :
+       {"KNOB_TAG_RANGE", "KNOB_TAG_BOOL_OPTIONS", "KNOB_TAG_OPTIONS", "KNOB_TAG_DEF_VALUE"}) {
+    tags.afterValue.push_back(beginning(texts, key));
+  }
+  tags.afterDefault.push_back(beginning(texts, "KNOB_TAG_DESC"));
   tags.closing.push_back(aroundConversion(texts.getString("KNOB_INFO_STGS_WRITTEN").getBytes()));
 }
 
@@ -49,6 +58,8 @@ Tags Tags::ofBundles() {
     const auto base = StringBundle::getBundle(kBundle, &plain);
     Tags tags{base->getString("KNOB_TAG_ID").getBytes(),
               base->getString("KNOB_TAG_VALUE").getBytes(),
+              {},
+              {},
               {},
               {}};
     addLanguage(*base, tags);

@@ -14,8 +14,11 @@ struct Tags {
 
   std::string id;
   std::string value;
-  // In every language that is installed: a file keeps the language that it was written in.
-  std::vector<std::string> defaultValue;  // what comes before the value
+  // What the texts begin with, in every language that is installed: a file keeps the language that
+  // it was written in.
+  std::vector<std::string> defaultValue;
+  std::vector<std::string> afterValue;    // of the line after a setting's value
+  std::vector<std::string> afterDefault;  // of the line after its default
   struct Closing {
     std::string before, after;  // the name of the file
   };

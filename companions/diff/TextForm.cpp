@@ -42,8 +42,6 @@ std::string categoryOf(std::string_view header) {
 }  // namespace
 
 Settings TextForm::parse(std::string_view content) {
-  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-  if (content.starts_with(kByteOrderMark)) content.remove_prefix(kByteOrderMark.size());
   while (!content.empty()) {
     const size_t end = std::min(content.find('\n'), content.size());
     ++lineNumber_;
@@ -59,18 +57,21 @@ Settings TextForm::parse(std::string_view content) {
 void TextForm::readLine(std::string_view line) {
   if (line.ends_with('\r')) line.remove_suffix(1);
   if (line.starts_with(kErrorLine)) fail("settings are missing: " + std::string(line));
+  if (!isExpected(line)) fail("a value holds a line break");
+  expected_ = nullptr;
   const std::string_view plain = trimmed(line);
   if (const auto id = afterTag(plain, tags_.id)) {
     readId(trimmed(*id));
   } else if (const auto value = afterTag(plain, tags_.value)) {
     const std::string exact = "\t" + tags_.value + " ";
     readValue(std::string(line.starts_with(exact) ? line.substr(exact.size()) : trimmed(*value)));
+    if (isExport_) expected_ = &tags_.afterValue;
   } else if (line.starts_with('\t')) {
     readDefault(line);
   } else {
     readHeader(line);
   }
-  isClosed_ = isClosing(line);
+  isClosed_ |= isClosing(line);
 }
 
 void TextForm::readId(std::string_view text) {
@@ -96,7 +97,9 @@ void TextForm::readDefault(std::string_view line) {
   if (settings_.empty() || valueIsDue_ || settings_.back().defaultValue) return;
   line.remove_prefix(1);
   for (const std::string& tag : tags_.defaultValue) {
-    if (line.starts_with(tag)) settings_.back().defaultValue = line.substr(tag.size());
+    if (!line.starts_with(tag)) continue;
+    settings_.back().defaultValue = line.substr(tag.size());
+    if (isExport_) expected_ = &tags_.afterDefault;
   }
 }
 
@@ -110,6 +113,7 @@ void TextForm::readHeader(std::string_view line) {
   } else {
     if (line == rule_) {
       isExport_ = true;
+      isClosed_ = false;
       header_ = *text_;
     }
     rule_.clear();
@@ -127,6 +131,14 @@ bool TextForm::isClosing(std::string_view line) const {
     }
   }
   return false;
+}
+
+bool TextForm::isExpected(std::string_view line) const {
+  if (expected_ == nullptr) return true;
+  return line.starts_with('\t') &&
+         std::any_of(expected_->begin(), expected_->end(), [&](const std::string& beginning) {
+           return line.substr(1).starts_with(beginning);
+         });
 }
 
 void TextForm::fail(const std::string& reason) const {

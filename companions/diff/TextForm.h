@@ -2,7 +2,8 @@
 //
 // An id line and the value line after it make a setting, as they do for an import. A line of the
 // layout that an export has (one tab, the tag, one blank, the value) keeps its value letter by
-// letter; of any other line the blanks and tabs around the value go.
+// letter; of any other line the blanks and tabs around the value go. A value with a line break goes
+// on in lines that cannot be told from others for certain: an export with one is refused.
 #ifndef KNOB_DIFF_TEXT_FORM_H
 #define KNOB_DIFF_TEXT_FORM_H
 
@@ -30,6 +31,7 @@ class TextForm {
   void readDefault(std::string_view line);
   void readHeader(std::string_view line);
   bool isClosing(std::string_view line) const;
+  bool isExpected(std::string_view line) const;
   [[noreturn]] void fail(const std::string& reason) const;
 
   const Tags& tags_;
@@ -37,7 +39,9 @@ class TextForm {
   bool valueIsDue_ = false;  // the last setting has an id and no value yet
   int lineNumber_ = 0;
   bool isExport_ = false;  // a header was seen
-  bool isClosed_ = false;
+  bool isClosed_ = false;  // the last line of an export was seen after it
+  // In an export, what the next line has to begin with after its tab; null for anything.
+  const std::vector<std::string>* expected_ = nullptr;
   std::string category_{};
   // A header is a rule, its text and the rule again.
   std::string rule_{};                 // the first of the two, once it was read

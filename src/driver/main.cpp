@@ -23,7 +23,7 @@ namespace {
 constexpr long kBufferSize = 2048;
 constexpr int kUsageFailure = 1;
 constexpr std::string_view kOutOfMemory =
-    "knob: Out of memory. What was done until then stays done.\n";
+    "knob: Out of memory. Changes made before the error remain in effect.\n";
 
 kz::Reference<kz::io::PrintWriter> makeWriter(kz::Reference<kz::io::OutputStream> stream) {
   const kz::Reference<kz::io::Writer> writer(
@@ -38,7 +38,8 @@ bool hasJsonArgument(int argc, char** argv) {
   return false;
 }
 
-// The command's own lines stand between a header and a brace, unless they go into a file.
+// In JSON mode the command's lines are members of an object that main opens and closes, unless they
+// go into a file.
 bool framesJson() { return s_cmdParser->getOutputType() && !s_cmdParser->isCmdWriteSettings(); }
 
 void showBanner() {

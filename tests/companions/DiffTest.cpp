@@ -65,7 +65,9 @@ TEST_F(Diff, TellsTheSameOfServersAndFilesInEitherForm) {
       EXPECT_EQ("ID  Setting                   " + a + padding + b + "\n" + table, run.out);
     }
   }
-  for (auto const& same : {std::vector{store("a"), text}, std::vector{other, store("b")}}) {
+  writeFile(home / "marked", "\xEF\xBB\xBF" + readFile(home / text) + "\n# a comment\n");
+  for (auto const& same : {std::vector{store("a"), text}, std::vector{other, store("b")},
+                           std::vector<std::string>{"marked", text}}) {
     const Outcome run = diff(same);
     EXPECT_EQ(0, run.status) << run.err;
     EXPECT_EQ("", run.out);
@@ -122,6 +124,10 @@ TEST_F(Diff, RefusesWhatCannotBeReadBeyondDoubt) {
   } cases[] = {
       {text.substr(0, text.size() - 2), "the export ended early"},
       {text.substr(0, text.size() / 2), "the export ended early"},
+      {std::string(text).replace(text.find("Value: 7\n"), 9, "Value: 7\nx\n"),
+       "holds a line break"},
+      {std::string(text).replace(text.find("Value: 7\n"), 9, "Value: 7\n\tx\n"),
+       "holds a line break"},
       {entry + "ERROR! - 7306: damaged\n" + entry, "settings are missing"},
       {"Setting ID: 25\nSetting ID: 26\nCurrent Value: 7\n", "no value before the next id"},
       {"Setting ID: x5\nCurrent Value: 7\n", "an id is not a number"},
@@ -157,6 +163,7 @@ TEST_F(Diff, ReportsTroubleWithTheSideThatHasIt) {
       {{"--changed", store("a"), store("b")}, "--changed takes one"},
       {{store("a"), store("b"), "--most"}, "unknown option: --most"},
       {{store("a"), store("b"), "--ignore"}, "the option --ignore needs a value"},
+      {{store("a"), store("b"), "--ignore", "absent"}, "absent: No such file"},
       {{"nowhere://x", store("b")}, "nowhere://x: 7104"},
       {{"", store("b")}, "a server or a file is named by an empty text"},
   };
