@@ -8,7 +8,10 @@ _knob_diff() {
   elif [[ ${COMP_WORDS[COMP_CWORD - 1]} != --user-[ab] ]]; then
     compopt -o filenames
     mapfile -t COMPREPLY < <(compgen -f -- "$word")
-    [[ -n $word && localhost == "$word"* ]] && COMPREPLY+=(localhost)
+    if [[ -n $word ]]; then
+      mapfile -t -O ${#COMPREPLY[@]} COMPREPLY < <(compgen -W 'localhost file: registry:
+        postgresql:// postgres:// patroni:// patronis:// etcd:// etcds://' -- "$word")
+    fi
   fi
 }
 

@@ -92,7 +92,7 @@ _knob_values() {
     fi
   done
   case $type in
-    0) COMPREPLY=("${found[@]}") ;;
+    0) for line in "${found[@]}"; do printf -v line %q "$line" && COMPREPLY+=("$line"); done ;;
     1|2) [[ -z $2 && -n $value ]] && printf -v value %q "$value" && COMPREPLY=("$value") ;;
     *) _knob_offer "${found[@]}" ;;
   esac
@@ -109,7 +109,7 @@ _knob_servers() {
     _knob_files "${1#*:}" "${1%%:*}:"
   else
     mapfile -t COMPREPLY < <(compgen -W \
-      'localhost file: registry: postgresql:// patroni:// patronis:// etcd:// etcds://' -- "$1")
+      'localhost file: registry: postgresql:// postgres:// patroni:// patronis:// etcd:// etcds://' -- "$1")
     [[ ${COMPREPLY[*]} == *: || ${COMPREPLY[*]} == */ ]] && compopt -o nospace
   fi
 }
@@ -136,7 +136,10 @@ _knob() {
       mapfile -t COMPREPLY < <(compgen -W 'SEVERE WARNING INFO CONFIG FINE FINER FINEST ALL' -- "$word") ;;
     -[UuPpHh]|--USERNAME|--PASSWORD|--KEYWORD) ;;
     *)
-      if [[ $word == -* || -z $word && ${#plain[@]} -eq 0 ]]; then
+      if [[ $word == --* ]]; then
+        mapfile -t COMPREPLY < <(compgen -W '--SERVER --USERNAME --PASSWORD --OUTPUTFILE --INPUTFILE
+          --KEYWORD --IGNORE_ERR --SUPPRESS_PROMPT --DEBUG' -- "$word")
+      elif [[ $word == -* || -z $word && ${#plain[@]} -eq 0 ]]; then
         mapfile -t COMPREPLY < <(compgen -W '-S -U -P -O -I -H -E -F -D -JSON' -- "$word")
       elif ((${#plain[@]} == 0)); then
         _knob_settings "$word"

@@ -24,7 +24,9 @@ struct Shell {
 };
 
 std::vector<Shell> shells() {
-  return {{"/bin/bash", {"--norc", "--noprofile", "-i"}, "source " + kCompletions + "/knob.bash"},
+  return {{"/bin/bash",
+           {"--norc", "--noprofile", "-i"},
+           "source " + kCompletions + "/knob.bash; source " + kCompletions + "/knob-diff.bash"},
           {"/usr/bin/zsh",
            {"-f", "-i"},
            "fpath=(" + kCompletions + " $fpath); autoload -U compinit; compinit -u -D"}};
@@ -54,13 +56,14 @@ class Completion : public testing::TestWithParam<Shell> {
   }
   // The words of the line as they are after the keys, each in angle brackets.
   std::string completed(std::string const& keys) {
+    const std::string first = keys.starts_with("knob-diff") ? "<knob-diff>" : "<knob>";
     terminal->type(keys + kShowLine);
     std::string all;
     do {
-      all = terminal->waitFor("<knob>");
+      all = terminal->waitFor(first);
     } while (all.find("printf") == std::string::npos && !all.empty());
     terminal->type("echo; echo d''one\r");
-    std::string words = "<knob>" + terminal->waitFor("done\r\n");
+    std::string words = first + terminal->waitFor("done\r\n");
     return words.substr(0, words.rfind('>') + 1);
   }
 
@@ -79,6 +82,9 @@ TEST_P(Completion, PutsIdsAndValuesOfTheEngineThatTheLineNames) {
       {"knob -S \"$A\" replacement\t", "<knob>" + server + "<15>"},
       {"knob -S $A 65 of\t", "<knob>" + server + "<65><off>"},
       {"knob -J\t", "<knob><-JSON>"},
+      {"knob --SE\t", "<knob><--SERVER>"},
+      {"knob-diff --sett\t", "<knob-diff><--settings>"},
+      {"knob-diff localh\t", "<knob-diff><localhost>"},
       {"knob no such setting\t", "<knob><no><such><setting>"},
       {"knob replica\t", "<knob><replica>"},
       {"knob -S \"$(touch " + (home / "evaluated") + ";echo x)\" 25 \t", "<knob><-S><x><25>"},

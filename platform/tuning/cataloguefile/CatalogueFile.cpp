@@ -26,6 +26,7 @@ constexpr size_t kLongestLine = 8192;
 
 // What a catalogue refers to; it shares the ownership of all of it.
 struct Tables {
+  std::optional<CatalogueText> file;
   toml::table document;
   MadeTexts made;
   std::vector<std::vector<CatalogueSetting>> settings;  // by category
@@ -80,7 +81,7 @@ std::string besideFile(std::string_view store, const std::string& path) {
 }
 
 void Reader::read(const std::string& path) {
-  const auto text = readCatalogueText(path, file_.faults);
+  const auto& text = tables_->file.emplace(path, file_.faults).text();
   if (!text || !parse(*text)) return;
 
   TableReader top(tables_->document, file_.faults);

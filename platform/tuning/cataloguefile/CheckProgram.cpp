@@ -70,12 +70,17 @@ std::string withoutLogin(const std::string& store) {
   return at == store.npos ? store : store.substr(0, host) + store.substr(at + 1);
 }
 
+std::string counted(size_t count, const char* one, const char* many) {
+  return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
 std::string summary(const CatalogueFile& file) {
   const auto categories = file.catalogue->categories();
   size_t settings = 0;
   for (const auto& category : categories) settings += category.settings.size();
-  return file.title + ", " + std::to_string(settings) + " settings in " +
-         std::to_string(categories.size()) + " categories, values in " + withoutLogin(file.store);
+  return file.title + ", " + counted(settings, "setting", "settings") + " in " +
+         counted(categories.size(), "category", "categories") + ", values in " +
+         withoutLogin(file.store);
 }
 
 int check(const std::string& path) {

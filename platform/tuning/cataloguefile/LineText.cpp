@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "tuning/Characters.h"
+
 namespace tn::cataloguefile {
 namespace {
 
@@ -12,10 +14,8 @@ constexpr struct {
   std::string_view name;
 } kNames[] = {{'"', "a double quote"}, {'\\', "a backslash"}, {':', "a colon"}, {' ', "a blank"}};
 
-bool isControl(char character) {
-  const auto byte = static_cast<unsigned char>(character);
-  return byte < 0x20 || byte == 0x7f;
-}
+// In one line of a catalogue a tab is one as well.
+bool isLineControl(char character) { return isControl(character) || character == '\t'; }
 
 bool continuesCharacter(char character) {
   return (static_cast<unsigned char>(character) & 0xc0U) == 0x80U;
@@ -25,7 +25,8 @@ bool continuesCharacter(char character) {
 
 std::string lineFault(std::string_view text, const LineRule& rule) {
   if (text.empty()) return "is empty";
-  if (std::ranges::any_of(text, isControl)) return "holds a line end or another control character";
+  if (std::ranges::any_of(text, isLineControl))
+    return "holds a line end or another control character";
   if (text.front() == ' ' || text.back() == ' ') return "begins or ends with a blank";
   if (text.size() > rule.longest) {
     return "has " + std::to_string(text.size()) + " bytes, more than " +
@@ -46,18 +47,16 @@ std::string quoted(std::string_view text) {
 }
 
 std::string lowerCase(std::string_view text) {
-  std::string lower(text);
-  for (char& character : lower) {
-    if (character >= 'A' && character <= 'Z') character = static_cast<char>(character + 'a' - 'A');
-  }
-  return lower;
+  std::string lowered(text);
+  std::ranges::transform(lowered, lowered.begin(), lower);
+  return lowered;
 }
 
 std::string printable(std::string_view text) {
   constexpr std::string_view kDigits = "0123456789abcdef";
   std::string shown;
   for (const char character : text) {
-    if (!isControl(character)) {
+    if (!isLineControl(character)) {
       shown += character;
       continue;
     }

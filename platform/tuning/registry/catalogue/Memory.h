@@ -35,7 +35,7 @@ inline constexpr CatalogueSetting kMemory[] = {
         "KB for the hash table of one join or one grouping; a larger table is split and written to "
         "disk in parts. A statement with several joins can use this amount several times."),
     integer(8, "Session Memory Limit", "512", 4, TN_MAX_MEMORY,
-            "A session that holds more than this many MB has its next allocation refused. It "
+            "Maximum memory of a session in MB; further allocations fail. It "
             "protects other users from a single runaway query."),
     integer(9, "Idle Memory Return Delay", "10", 0, 1440,
             "Minutes after which unused memory is returned to the operating system. Use a high "

@@ -44,7 +44,7 @@ inline constexpr CatalogueSetting kQueryPlanning[] = {
             "Largest number of threads from Parallel Worker Pool that one statement may occupy. "
             "Use a low value for many concurrent users."),
     integer(56, "Statement Time Limit", "0", 0, 2147483647,
-            "Milliseconds after which a running statement is cancelled; 0 sets no limit. Backups "
+            "Milliseconds after which a running statement is canceled; 0 sets no limit. Backups "
             "and maintenance tasks are exempt."),
     integer(59, "Result Row Limit", "0", 0, 2147483647,
             "Most rows that a statement may send to a client before it is stopped with an error. "
