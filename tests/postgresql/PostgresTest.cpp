@@ -127,7 +127,12 @@ TEST_F(Postgres, TakesEverySettingsOwnValueAndTellsOfARestartRightly) {
       if (value.starts_with("-")) continue;  // an option, on a command line
       const Outcome run = server().knob({std::to_string(setting["id"].get<int>()), value}).run();
       EXPECT_EQ(0, run.status) << name << run.err;
-      EXPECT_EQ(context == "postmaster", run.out.find("restart") != std::string::npos) << name;
+      // Where the announcement holds for other versions, the description has the last word.
+      const std::string description = setting["description"];
+      const bool announced = run.out.find("restart") != std::string::npos;
+      const bool told = description.ends_with(announced ? "takes a change without a restart."
+                                                        : "when the server is restarted.");
+      EXPECT_EQ(context == "postmaster", announced != told) << name;
     }
   }
   EXPECT_EQ(contexts.size(), settings);
@@ -278,7 +283,7 @@ TEST_F(Postgres, ChangesWhatItMayAndWhatHelps) {
   const Case refused[] = {
       {"data_directory", "/x", "7413"},    {"block_size", "8193", "7413"},
       {"server_version", "x", "7413"},     {"transaction_isolation", "0", "7413"},
-      {"extension_destdir", "/x", "7413"}, {"work_mem", "63", "7202"},
+      {"external_pid_file", "/x", "7413"}, {"work_mem", "63", "7202"},
       {"wal_level", "9", "7203"},          {"random_page_cost", "x", "7412"},
       {"DateStyle", "nonsense", "7412"},   {"default_text_search_config", "no such", "7412"}};
   for (Case const& c : refused) expectFailure(c.code, server().set(c.setting, c.value));
@@ -288,9 +293,11 @@ TEST_F(Postgres, ChangesWhatItMayAndWhatHelps) {
   EXPECT_EQ("", server().written());
   server().sql("GRANT EXECUTE ON FUNCTION pg_reload_conf() TO plain");
   expectFailure("7409", server().knob({id, "5000", "-U", "plain"}).run());
-  server().sql("GRANT ALTER SYSTEM ON PARAMETER work_mem TO plain");
-  EXPECT_EQ(0, server().knob({id, "5000", "-U", "plain"}).run().status);
-  EXPECT_EQ("5000", server().value("work_mem"));
+  if (server().version() >= 15) {
+    server().sql("GRANT ALTER SYSTEM ON PARAMETER work_mem TO plain");
+    EXPECT_EQ(0, server().knob({id, "5000", "-U", "plain"}).run().status);
+    EXPECT_EQ("5000", server().value("work_mem"));
+  }
   // An error in a file: the server would load nothing.
   const std::string main = readFile(server().data("postgresql.conf"));
   writeFile(server().data("postgresql.conf"), main + "no_such_setting = 1\n");
@@ -359,7 +366,7 @@ TEST_F(Postgres, RefusesAChangeThatCouldNotTakeEffect) {
       {ofPatroni, "", "wal_log_hints", "off", "7421"},
       {ofPatroni, "", "cluster_name", "other", "7421"},
   };
-  if (std::stoi(server().sql("SHOW server_version_num")) >= 170000) {
+  if (server().version() >= 17) {
     cases.push_back({"", "allow_alter_system = off", "work_mem", "5000", "7422"});
     cases.push_back({"", "allow_alter_system = off", "work_mem", "4096", ""});
   }
@@ -468,18 +475,21 @@ TEST_F(Postgres, WaitsForTheServerBehindAPooler) {
 
 TEST_F(Postgres, CarriesAConfigurationToAnotherServer) {
   // Every type and context, several to a line.
-  std::istringstream changes(
-      R"(autovacuum=off|fsync=off|log_checkpoints=off|geqo=off|log_connections=on|jit=off|
+  std::string settings =
+      R"(autovacuum=off|fsync=off|log_checkpoints=off|geqo=off|log_connections=on|
 ignore_system_indexes=on|hot_standby=off|track_commit_timestamp=on|wal_log_hints=on|
 work_mem=5000|max_connections=60|shared_buffers=2000|max_wal_senders=5|statement_timeout=99000|
 log_file_mode=416|deadlock_timeout=2000|temp_file_limit=1000000|checkpoint_timeout=600|
 wal_buffers=100|random_page_cost=1.25|autovacuum_vacuum_scale_factor=0.05|
-cursor_tuple_fraction=0.5|vacuum_cost_delay=1.5|wal_level=2|synchronous_commit=1|archive_mode=1|
-log_statement=2|ssl_max_protocol_version=4|huge_pages=0|IntervalStyle=3|cluster_name=a b|
+cursor_tuple_fraction=0.5|vacuum_cost_delay=15|wal_level=2|synchronous_commit=1|archive_mode=1|
+log_statement=2|huge_pages=0|IntervalStyle=3|cluster_name=a b|
 log_line_prefix=%m 'x' \ %q|archive_command=test ! -f /a/%f && cp "%p" /a/%f|
 search_path=$user, "a,b", Public|DateStyle=German, DMY|TimeZone=Europe/Berlin|
 shared_preload_libraries=auto_explain, pg_stat_statements|log_destination=stderr,csvlog|
-synchronous_standby_names=FIRST 1 ("x y", b)|post_auth_delay=0|)");
+synchronous_standby_names=FIRST 1 ("x y", b)|post_auth_delay=0|)";
+  if (server().version() >= 12)
+    settings += "vacuum_cost_delay=1.5|jit=off|ssl_max_protocol_version=4|";
+  std::istringstream changes(settings);
   for (std::string change; std::getline(changes, change, '|');) {
     if (change.starts_with('\n')) change.erase(0, 1);
     const std::size_t sign = change.find('=');
@@ -525,11 +535,11 @@ TEST_F(Postgres, FindsThePrimary) {
                                            : standby.port() + "," + server().port();
     const std::string address = "postgresql://postgres@/postgres?host=" + order + "&port=" + ports +
                                 "&target_session_attrs=read-write";
-    const std::string id = server().id("in_hot_standby");
-    const Outcome run = knob(server().folder(), {id, "-JSON", "-S", address}).run();
-    EXPECT_EQ("off", json::parse(run.out)["value"]);
+    const Outcome run =
+        knob(server().folder(), {server().id("port"), "-JSON", "-S", address}).run();
+    EXPECT_EQ(server().port(), json::parse(run.out)["value"]);
   }
-  EXPECT_EQ("on", standby.value("in_hot_standby"));
+  EXPECT_EQ("t", standby.sql("SELECT pg_is_in_recovery()"));
   EXPECT_EQ(0, standby.set("work_mem", "5000").status);
   EXPECT_EQ("5000", standby.value("work_mem"));
 }

@@ -71,7 +71,7 @@ Server& Server::shared() {
   static const bool ready = [] {
     server.sql(
         "CREATE ROLE plain LOGIN\nCREATE ROLE full LOGIN CONNECTION LIMIT 0\n"
-        "CREATE ROLE secret LOGIN PASSWORD 'right'\n"
+        "SET password_encryption = 'scram-sha-256'\nCREATE ROLE secret LOGIN PASSWORD 'right'\n"
         "CREATE DATABASE closed\nREVOKE CONNECT ON DATABASE closed FROM public");
     const std::string rules = server.data("pg_hba.conf");
     writeFile(rules, "host all secret all scram-sha-256\n" + readFile(rules));
