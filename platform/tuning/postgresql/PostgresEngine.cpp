@@ -20,6 +20,20 @@ bool isWritten(const Setting& setting, std::string_view text) {
          Snapshot::same(Snapshot::shown(text, setting), *setting.written, setting);
 }
 
+Reload::Names namesOf(const std::vector<Setting*>& settings) {
+  Reload::Names names;
+  for (const Setting* const setting : settings) names.push_back(setting->name);
+  return names;
+}
+
+// -1 when the rows hold none of the setting.
+int rowOf(const Result& rows, const Setting& setting) {
+  for (int row = 0; row < rows.rows(); ++row) {
+    if (rows.text(row, Reload::kName) == setting.name) return row;
+  }
+  return -1;
+}
+
 // Where the server keeps its own files is not for carrying to another server.
 bool isReadOnly(const Setting& setting) {
   const KnownSetting* const known = KnownSettings::find(setting.name);
@@ -95,7 +109,10 @@ void PostgresEngine::write(const Setting& setting, const std::string& statement)
   try {
     connection().query(statement);
   } catch (const TuningError& error) {
-    if (error.status() != TN_NOT_PERMITTED || !mayChange(setting)) throw;
+    // A file that cannot be replaced, as one that is mounted by itself, is an error of no kind.
+    const bool locked = error.status() == TN_SERVER_ERROR ||
+                        (error.status() == TN_NOT_PERMITTED && mayChange(setting));
+    if (!locked) throw;
     throw TuningError(TN_CONFIGURATION_LOCKED);
   }
 }
@@ -150,24 +167,32 @@ void PostgresEngine::checkChangeable(const Setting& setting) {
   if (files().blocked(isKnown)) throw TuningError(TN_CONFIGURATION_FILE_ERRORS);
 }
 
+// For a superuser the values are looked at first, and whole rows only of what they leave open.
 void PostgresEngine::takeEffect() {
-  std::vector<std::string_view> names;
-  for (const Setting* const setting : unloaded_) names.push_back(setting->name);
-  const auto rows = Reload::run(connection(), names);
-  const auto changed = std::exchange(unloaded_, {});
-  const bool inForce =
-      rows && std::all_of(changed.begin(), changed.end(),
-                          [&](const Setting* setting) { return isInForce(*setting, *rows); });
+  auto open = std::exchange(unloaded_, {});
+  const bool quick = connection().isSuperuser();
+  auto rows = quick ? Reload::values(connection(), namesOf(open))
+                    : Reload::rows(connection(), namesOf(open));
+  if (rows && quick) {
+    std::erase_if(open, [&](const Setting* setting) {
+      const int row = rowOf(*rows, *setting);
+      return row >= 0 && isWritten(*setting, rows->text(row, Reload::kConfigured));
+    });
+    if (open.empty()) return;
+    rows = Reload::rowsNow(connection(), namesOf(open));
+  }
+  const bool inForce = rows && std::all_of(open.begin(), open.end(), [&](const Setting* setting) {
+                         return isInForce(*setting, *rows);
+                       });
   if (inForce) return;
-  for (Setting* const setting : changed) setting->written.reset();
+  for (Setting* const setting : open) setting->written.reset();
   throw TuningError(TN_CHANGE_NOT_IN_FORCE);
 }
 
 // What this session cannot see counts as in force.
 bool PostgresEngine::isInForce(const Setting& setting, const Result& rows) {
-  int row = 0;
-  while (row < rows.rows() && rows.text(row, Reload::kName) != setting.name) ++row;
-  if (row == rows.rows() || setting.ofNewSessions) return true;
+  const int row = rowOf(rows, setting);
+  if (row < 0 || setting.ofNewSessions) return true;
   if (Snapshot::isOfSession(rows.text(row, Reload::kSource))) return true;
   if (setting.needsRestart && rows.flag(row, Reload::kPendingRestart)) return true;
   if (isWritten(setting, rows.text(row, Reload::kConfigured))) return true;

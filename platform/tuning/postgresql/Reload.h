@@ -18,13 +18,19 @@ namespace tn::postgresql {
 
 class Reload {
  public:
-  // The columns of the rows that tell how settings stand afterwards.
+  // The columns of the rows that tell how settings stand.
   enum Column : int { kName, kConfigured, kSource, kPendingRestart };
 
-  // The rows of the settings with these names, in any order, once the configuration is loaded.
-  // None when that has not happened within 5 s. Throws as Connection::query does.
-  static std::optional<Result> run(Connection& connection,
-                                   const std::vector<std::string_view>& names);
+  using Names = std::vector<std::string_view>;
+
+  // Once the configuration is loaded: rows of the first two columns, the value that this session
+  // has, as SHOW words it. None when that has not happened within 5 s. It is quick, but only a
+  // superuser may look at every setting in this way. Throws as Connection::query does.
+  static std::optional<Result> values(Connection& connection, const Names& names);
+  // The same with whole rows, which takes the server a few milliseconds.
+  static std::optional<Result> rows(Connection& connection, const Names& names);
+  // Whole rows as they are now.
+  static Result rowsNow(Connection& connection, const Names& names);
 };
 
 }  // namespace tn::postgresql
