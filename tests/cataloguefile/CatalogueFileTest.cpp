@@ -186,8 +186,11 @@ TEST(CatalogueFile, TellsEveryFaultWithItsLine) {
 }
 
 TEST(CatalogueFile, TellsAllFaultsOfAFileInTheirOrder) {
+  for (const char* const store : {"etcd://h", "etcd://h//a", "etcds:///a", "ETCD://h/a", "x:y"}) {
+    const std::string text = replaced(kSound, "orders.db", store);
+    EXPECT_EQ(statusOf(readText(text).faults), TN_CATALOGUE_STORE_UNKNOWN) << store;
+  }
   std::string text = replaced(kSound, "\"orders.db\"", "\"file:x\"");
-  EXPECT_EQ(statusOf(readText(text).faults), TN_CATALOGUE_STORE_UNKNOWN);
   text = replaced(replaced(text, "1005", "1001"), "minimum = 1", "minimum = 21");
   EXPECT_EQ(faultsOf(readText(text)),
             "2: the store is neither the path of a file nor an address that begins with etcd:// or "

@@ -70,8 +70,24 @@ uint32_t findLongLine(std::string_view text) {
 
 // A word and a colon, as server names begin with. "./a:b" is a path.
 bool hasScheme(std::string_view store) {
-  const size_t end = store.find_first_not_of("abcdefghijklmnopqrstuvwxyz");
-  return end != store.npos && end > 0 && store[end] == ':';
+  const std::string text = lowerCase(store);
+  const size_t end = text.find_first_not_of("abcdefghijklmnopqrstuvwxyz");
+  return end != text.npos && end > 0 && text[end] == ':';
+}
+
+bool isInEtcd(std::string_view store) {
+  return store.starts_with("etcd://") || store.starts_with("etcds://");
+}
+
+// A host, and a prefix without an empty part but for one at its end.
+bool namesPrefix(std::string_view address) {
+  address.remove_prefix(address.find("//") + 2);
+  const size_t slash = address.find('/');
+  if (slash == 0 || slash == address.npos) return false;
+  std::string_view prefix = address.substr(slash + 1);
+  if (prefix.ends_with('/')) prefix.remove_suffix(1);
+  return !prefix.empty() && !prefix.starts_with('/') && !prefix.ends_with('/') &&
+         prefix.find("//") == prefix.npos;
 }
 
 std::string besideFile(std::string_view store, const std::string& path) {
@@ -121,8 +137,12 @@ bool Reader::parse(const std::string& text) {
 void Reader::readStore(TableReader& top, const std::string& path) {
   const auto store = top.text("store");
   if (!store) return;
-  if (store->starts_with("etcd://") || store->starts_with("etcds://")) {
+  if (isInEtcd(*store)) {
     file_.store = *store;
+    if (!namesPrefix(*store)) {
+      top.fault("store", "the address in etcd has no host or no prefix (etcd://HOST:PORT/PREFIX)",
+                TN_CATALOGUE_STORE_UNKNOWN);
+    }
   } else if (store->empty() || hasScheme(*store) || store->find('\0') != store->npos) {
     top.fault("store",
               "the store is neither the path of a file nor an address that begins with etcd:// or "
