@@ -6,7 +6,8 @@ check_packages="clang clang-format clang-tidy git"
 package_packages="debhelper lowdown dpkg-dev fakeroot lintian git"
 
 # install PACKAGE...: installs the Debian packages that are missing. Services among them are not
-# started: the tests need their programs only. Prints on standard error only.
+# started, neither now nor with the system: the tests need their programs only. Prints on standard
+# error only.
 install() {
   local missing=() package
   for package in "$@"; do
@@ -25,8 +26,15 @@ install() {
       printf "#!/bin/sh\nexit 101\n" > $policy
       chmod 755 $policy
     fi
+    units=/lib/systemd/system
+    known=" $(cd $units 2> /dev/null && echo *.service) "
     apt-get update -qq
-    apt-get install -y -qq --no-install-recommends "$@"' install "${missing[@]}" >&2
+    apt-get install -y -qq --no-install-recommends "$@"
+    command -v systemctl > /dev/null || exit 0
+    for unit in $units/*.service; do
+      case $known in *" ${unit##*/} "*) continue ;; esac
+      systemctl disable --quiet "${unit##*/}" 2> /dev/null || :
+    done' install "${missing[@]}" >&2
 }
 
 # build FOLDER TARGET...: builds, silently when there is nothing to do. Fails when the build fails
