@@ -7,7 +7,6 @@
 
 #include "tuning/TuningError.h"
 #include "tuning/postgresql/AlterSystem.h"
-#include "tuning/postgresql/KnownSettings.h"
 #include "tuning/postgresql/Reload.h"
 
 namespace tn::postgresql {
@@ -18,13 +17,6 @@ constexpr int kGrantsSettings = 150000;  // rights on single settings
 bool isWritten(const Setting& setting, std::string_view text) {
   return text == *setting.written ||
          Snapshot::same(Snapshot::shown(text, setting), *setting.written, setting);
-}
-
-// Where the server keeps its own files is not for carrying to another server.
-bool isReadOnly(const Setting& setting) {
-  const KnownSetting* const known = KnownSettings::find(setting.name);
-  return setting.preset || !AlterSystem::canName(setting.name) ||
-         (known && known->category == Category::fileLocations);
 }
 
 }  // namespace
