@@ -199,7 +199,7 @@ TEST_F(Patroni, ImportsWhatASingleServerExportsAndTakesItsOwnExportAsNothingNew)
       {"autovacuum_max_workers", "4", "4"},
       {"superuser_reserved_connections", "4", "4"},
       {"track_activity_query_size", "2048", "2048"},
-      {"wal_buffers", "512", "512"},
+      {"wal_buffers", "600", "600"},
       {"shared_preload_libraries", "auto_explain", "auto_explain"},
       {"archive_command", "/bin/true  %p", "/bin/true %p"},
       {"archive_timeout", "3600", "3600"},

@@ -91,16 +91,16 @@ bool Followers::await(const std::vector<Change>& changes) {
   return !std::exchange(missing_, false) && all;
 }
 
-bool Followers::isRefused(const Change& change, const std::string& leader) {
-  const auto server = std::ranges::find(servers_, leader, &MemberServer::name);
-  if (server == servers_.end()) return false;
+// What one server makes of a value the others make of it too.
+Standing Followers::judge(const Change& change) {
   const auto deadline = Clock::now() + kPatience;
   Standing standing = Standing::notYet;
-  until(deadline, [&] {
-    standing = server->standings({change}, deadline).front();
+  const auto isDecided = [&](MemberServer& server) {
+    standing = server.standings({change}, deadline).front();
     return standing != Standing::notYet;
-  });
-  return standing == Standing::refused;
+  };
+  until(deadline, [&] { return std::ranges::any_of(servers_, isDecided); });
+  return standing;
 }
 
 }  // namespace tn::patroni

@@ -30,8 +30,8 @@ class Followers {
   // one is not waited for again.
   bool await(const std::vector<Change>& changes);
 
-  // Waits until the leader has taken the change or refused it, 5 s at most. True: it has refused.
-  bool isRefused(const Change& change, const std::string& leader);
+  // Waits until a member has followed the change or refused it, 5 s at most, and tells which.
+  MemberServer::Standing judge(const Change& change);
 
  private:
   TnStatus hindrance(const postgresql::Setting& setting, const Configuration& configuration) const;

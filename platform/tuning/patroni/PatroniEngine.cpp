@@ -219,7 +219,10 @@ void PatroniEngine::write(const Change& change) {
   configuration_ = cluster_.api->change(before.change(name, jsonOf(*change.setting, change.value)));
   const bool judged =
       change.setting->type != TN_TYPE_STRING || change.setting->real || !change.asTold.empty();
-  if (judged || !followers().isRefused(change, cluster_.leader().name)) return;
+  if (judged) return;
+  const auto standing = followers().judge(change);
+  if (standing == MemberServer::Standing::followed) return;
+  if (standing == MemberServer::Standing::notYet) throw TuningError(TN_PATRONI_NOT_FOLLOWED);
   configuration_ = cluster_.api->change(before.change(name, before.stored(name)));
   throw TuningError(TN_VALUE_REFUSED);
 }
