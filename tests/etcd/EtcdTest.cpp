@@ -10,7 +10,7 @@
 
 #include "etcd/Cluster.h"
 #include "http/HttpDouble.h"
-#include "tuning/TuningError.h"
+#include "support/StatusOf.h"
 #include "tuning/etcd/EtcdStore.h"
 
 namespace {
@@ -18,15 +18,6 @@ namespace {
 using tn::etcd::Address;
 using tn::etcd::EtcdStore;
 using Values = std::map<int32_t, std::string>;
-
-TnStatus statusOf(std::function<void()> const& action) {
-  try {
-    action();
-    return TN_SUCCESS;
-  } catch (tn::TuningError const& error) {
-    return error.status();
-  }
-}
 
 std::string json(int status, int code, std::string const& text) {
   return httpAnswer(status, "{\"error\":\"" + text + "\",\"code\":" + std::to_string(code) + "}");
@@ -154,7 +145,7 @@ TEST_F(Etcd, SaysSoWithoutAQuorumAndWorksAgainLater) {
   const std::string told = import.out + import.err;
   EXPECT_NE(std::string::npos, told.find("7607: ")) << told;
   EXPECT_EQ(30, std::count(import.err.begin(), import.err.end(), '\n')) << import.err;
-  for (const std::size_t node : {1, 2}) cluster().start(node);
+  for (const std::size_t node : {1U, 2U}) cluster().start(node);
   cluster().await();
   EXPECT_EQ("8", store().readAll()[25]);
   EXPECT_EQ(0, knob({"25", "9"}).status);

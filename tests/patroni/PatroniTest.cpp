@@ -3,14 +3,13 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <functional>
 #include <gtest/gtest.h>
 #include <set>
 #include <thread>
 
 #include "http/HttpDouble.h"
 #include "patroni/PatroniCluster.h"
-#include "tuning/TuningError.h"
+#include "support/StatusOf.h"
 #include "tuning/patroni/Address.h"
 #include "tuning/patroni/PatroniEngine.h"
 #include "tuning/patroni/RestApi.h"
@@ -21,15 +20,6 @@ using tn::patroni::Address;
 using tn::patroni::PatroniEngine;
 using tn::patroni::RestApi;
 using Words = std::vector<std::string>;
-
-TnStatus statusOf(std::function<void()> const& action) {
-  try {
-    action();
-    return TN_SUCCESS;
-  } catch (tn::TuningError const& error) {
-    return error.status();
-  }
-}
 
 TEST(PatroniAddress, LeavesTheServersToTheCluster) {
   const Address address =
@@ -171,7 +161,7 @@ TEST_F(Patroni, SetsOnAnyMembersAddressForAll) {
     auto const& [setting, word, stored] = values[i];
     const Outcome set = cluster().set(i % 2, setting, {word});
     EXPECT_EQ(0, set.status) << setting << set.err;
-    for (const std::size_t member : {0, 1}) EXPECT_EQ(stored, cluster().value(member, setting));
+    for (const std::size_t member : {0U, 1U}) EXPECT_EQ(stored, cluster().value(member, setting));
     EXPECT_TRUE(holds(shown(0, setting), "Set in the cluster's configuration."))
         << shown(0, setting);
   }
@@ -231,7 +221,7 @@ TEST_F(Patroni, ImportsWhatASingleServerExportsAndTakesItsOwnExportAsNothingNew)
   cluster().restart();
   for (auto const& [setting, word, stored] : values) {
     if (setting == "application_name") continue;  // a session's own
-    for (const std::size_t member : {0, 1}) {
+    for (const std::size_t member : {0U, 1U}) {
       EXPECT_EQ(stored, cluster().value(member, setting)) << setting;
     }
   }
@@ -309,7 +299,7 @@ TEST_F(Patroni, RefusesWhatTheClusterWouldIgnore) {
 TEST_F(Patroni, LosesNothingOfTwoAtOnce) {
   const Words settings = {"bgwriter_delay", "vacuum_cost_delay"};
   std::vector<std::thread> programs;
-  for (const std::size_t member : {0, 1}) {
+  for (const std::size_t member : {0U, 1U}) {
     programs.emplace_back([&, member] {
       std::string text;
       for (int i = 0; i < 20; ++i) {

@@ -133,6 +133,7 @@ std::optional<std::vector<MemberServer::Standing>> MemberServer::ask(
   const auto rows = connection_->queryUntil(query + "]::pg_catalog.text[])", deadline);
   if (!rows) return std::nullopt;
   std::vector<Standing> found;
+  found.reserve(changes.size());
   for (const Change& change : changes) found.push_back(standing(change, *rows, *files));
   return found;
 }

@@ -80,8 +80,8 @@ bool isStoresOwn(TnStatus status) {
 }  // namespace
 
 struct RestApi::Reply {
-  http::Answer answer{};
-  Json json{};  // discarded when the body is no JSON
+  http::Answer answer;
+  Json json;  // discarded when the body is no JSON
 };
 
 RestApi::RestApi(const Address& address)
@@ -100,17 +100,17 @@ void RestApi::alsoAsk(const Members& members) {
 
 // A member that fails may be cut off from a store that others reach.
 RestApi::Reply RestApi::ask(const http::Request& request, http::Deadline deadline) {
-  Reply reply;
+  http::Answer best;
   for (size_t tries = 0; tries < client_.endpointCount(); ++tries) {
     http::Answer answer = client_.send(request, deadline);
     const bool failed = answer.failure != Failure::none;
     if (failed && tries > 0) break;  // what the member before has said tells more
-    reply = {std::move(answer), {}};
-    if (failed || reply.answer.status < 500) break;
+    best = std::move(answer);
+    if (failed || best.status < 500) break;
     client_.skipEndpoint();
   }
-  reply.json = http::parseJson(reply.answer.body);
-  return reply;
+  http::Json json = http::parseJson(best.body);
+  return {std::move(best), std::move(json)};
 }
 
 TnStatus RestApi::statusOf(const Reply& reply) {
