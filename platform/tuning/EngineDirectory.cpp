@@ -141,6 +141,10 @@ constexpr ServerForm kServerForms[] = {
      },
      [](const Login& login) { return openModule("libtn-postgresql.so", login); }},
     {[](const std::string& server) {
+       return server.starts_with("patroni://") || server.starts_with("patronis://");
+     },
+     [](const Login& login) { return openModule("libtn-patroni.so", login); }},
+    {[](const std::string& server) {
        return server.starts_with("etcd://") || server.starts_with("etcds://");
      },
      [](const Login& login) { return openModule("libtn-etcd.so", login); }},

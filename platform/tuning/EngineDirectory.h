@@ -4,9 +4,10 @@
 //   ""  localhost  the machine's own host name   the local engine on the user's default store
 //   file:PATH                                    the local engine on the store file PATH
 //   registry:FILE                                the settings that the catalogue FILE describes,
-//   with
-//                                                their values where it says
+//                                                with their values where it says
 //   postgresql://...  postgres://...             a PostgreSQL server, through an engine module
+//   patroni://...  patronis://...                a PostgreSQL cluster under Patroni, through an
+//                                                engine module
 //   etcd://...  etcds://...                      the local engine's settings, kept in etcd for many
 //                                                machines, through an engine module
 //

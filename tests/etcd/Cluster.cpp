@@ -1,10 +1,6 @@
 #include "etcd/Cluster.h"
 
-#include <csignal>
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include "http/HttpDouble.h"
@@ -43,10 +39,6 @@ Cluster::Cluster(std::size_t nodes, bool secure) : secure_(secure) {
   await();
 }
 
-Cluster::~Cluster() {
-  for (std::size_t node = 0; node < nodes_.size(); ++node) end(node);
-}
-
 void Cluster::start(std::size_t node) {
   const std::string client = url(secure_ ? "https" : "http", port(node));
   std::string members;
@@ -82,24 +74,7 @@ void Cluster::start(std::size_t node) {
     words.insert(words.end(), {"--cert-file", file("server.pem"), "--key-file", file("server.key"),
                                "--client-cert-auth", "--trusted-ca-file", file("ca.pem")});
   }
-  nodes_[node].process = fork();
-  if (nodes_[node].process != 0) return;
-  if (geteuid() == 0 && (setgid(kNobody) != 0 || setuid(kNobody) != 0)) _exit(126);
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
-  dup2(open("/dev/null", O_RDWR), STDERR_FILENO);
-  std::vector<char*> pointers;
-  pointers.reserve(words.size() + 1);
-  for (std::string& word : words) pointers.push_back(word.data());
-  pointers.push_back(nullptr);
-  execv(kServer, pointers.data());
-  _exit(127);
-}
-
-void Cluster::end(std::size_t node) {
-  if (nodes_[node].process < 0) return;
-  signal(node, SIGKILL);
-  waitpid(nodes_[node].process, nullptr, 0);
-  nodes_[node].process = -1;
+  nodes_[node].server.start(std::move(words), {}, kNobody, "/dev/null");
 }
 
 std::string Cluster::address(std::string const& prefix) const {

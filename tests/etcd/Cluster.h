@@ -6,9 +6,9 @@
 #include <csignal>
 #include <map>
 #include <string>
-#include <sys/types.h>
 #include <vector>
 
+#include "support/Daemon.h"
 #include "support/Process.h"
 #include "support/TempFolder.h"
 
@@ -21,11 +21,10 @@ class Cluster {
 
   // `secure`: with TLS, which needs certificate() for each client.
   explicit Cluster(std::size_t nodes, bool secure = false);
-  ~Cluster();
 
   void start(std::size_t node);
-  void signal(std::size_t node, int number) const { kill(nodes_[node].process, number); }
-  void end(std::size_t node);  // SIGKILL
+  void signal(std::size_t node, int number) const { nodes_[node].server.signal(number); }
+  void end(std::size_t node) { nodes_[node].server.end(); }
 
   int port(std::size_t node) const { return nodes_[node].port; }
   // "etcd://HOST:PORT,.../prefix"
@@ -45,7 +44,7 @@ class Cluster {
   struct Node {
     int port;
     int peerPort;
-    pid_t process = -1;
+    Daemon server{};
   };
 
   bool secure_;

@@ -10,7 +10,7 @@
 
 #include "etcd/Cluster.h"
 #include "http/HttpDouble.h"
-#include "tuning/TuningError.h"
+#include "support/StatusOf.h"
 #include "tuning/etcd/EtcdStore.h"
 
 namespace {
@@ -18,15 +18,6 @@ namespace {
 using tn::etcd::Address;
 using tn::etcd::EtcdStore;
 using Values = std::map<int32_t, std::string>;
-
-TnStatus statusOf(std::function<void()> const& action) {
-  try {
-    action();
-    return TN_SUCCESS;
-  } catch (tn::TuningError const& error) {
-    return error.status();
-  }
-}
 
 std::string json(int status, int code, std::string const& text) {
   return httpAnswer(status, "{\"error\":\"" + text + "\",\"code\":" + std::to_string(code) + "}");

@@ -29,22 +29,6 @@ std::string programs() {
 
 bool canRun(std::string const& path) { return access(path.c_str(), X_OK) == 0; }
 
-// A server may come without the programs of its clients: any other version's will do.
-std::string pathOf(std::string const& program) {
-  std::string path = programs() + "/" + program;
-  std::error_code none;
-  for (auto const& version : std::filesystem::directory_iterator(kInstalled, none)) {
-    if (!canRun(path)) path = version.path() / "bin" / program;
-  }
-  return path;
-}
-
-uid_t serverUser() {
-  if (geteuid() != 0) return 0;
-  passwd const* const entry = getpwnam("postgres");
-  return entry ? entry->pw_uid : kNobody;
-}
-
 std::string freePort() {
   const int probe = socket(AF_INET, SOCK_STREAM, 0);
   sockaddr_in address{};
@@ -59,9 +43,25 @@ std::string freePort() {
 
 }  // namespace
 
+// A server may come without the programs of its clients: any other version's will do.
+std::string serverProgram(std::string const& name) {
+  std::string path = programs() + "/" + name;
+  std::error_code none;
+  for (auto const& version : std::filesystem::directory_iterator(kInstalled, none)) {
+    if (!canRun(path)) path = version.path() / "bin" / name;
+  }
+  return path;
+}
+
+uid_t serverUser() {
+  if (geteuid() != 0) return 0;
+  passwd const* const entry = getpwnam("postgres");
+  return entry ? entry->pw_uid : kNobody;
+}
+
 std::string Server::obstacle() {
   for (std::string const program : {"postgres", "psql"}) {
-    if (!canRun(pathOf(program))) return "there is no " + pathOf(program);
+    if (!canRun(serverProgram(program))) return "there is no " + serverProgram(program);
   }
   return "";
 }
@@ -180,7 +180,7 @@ std::string Server::id(std::string const& name) const {
 }
 
 Outcome Server::command(std::string const& program, std::vector<std::string> arguments) const {
-  arguments.insert(arguments.begin(), pathOf(program));
+  arguments.insert(arguments.begin(), serverProgram(program));
   return run(std::move(arguments));
 }
 

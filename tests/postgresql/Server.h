@@ -7,10 +7,16 @@
 
 #include <map>
 #include <string>
+#include <sys/types.h>
 #include <vector>
 
 #include "support/Process.h"
 #include "support/TempFolder.h"
+
+// The path of one of the programs that come with a server.
+std::string serverProgram(std::string const& name);
+// Whom a server runs as when the test runs as root; 0 when it does not.
+uid_t serverUser();
 
 class Server {
  public:

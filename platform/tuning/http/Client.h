@@ -15,6 +15,7 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tn::http {
@@ -87,6 +88,8 @@ class Client {
   // Lets the next request begin with the next endpoint.
   void skipEndpoint();
   std::size_t endpointCount() const { return endpoints_.size(); }
+  // One more, asked after the others.
+  void addEndpoint(std::string endpoint) { endpoints_.push_back(std::move(endpoint)); }
 
  private:
   struct Transfer;

@@ -7,7 +7,6 @@
 
 #include "tuning/TuningError.h"
 #include "tuning/postgresql/AlterSystem.h"
-#include "tuning/postgresql/KnownSettings.h"
 #include "tuning/postgresql/Reload.h"
 
 namespace tn::postgresql {
@@ -32,13 +31,6 @@ int rowOf(const Result& rows, const Setting& setting) {
     if (rows.text(row, Reload::kName) == setting.name) return row;
   }
   return -1;
-}
-
-// Where the server keeps its own files is not for carrying to another server.
-bool isReadOnly(const Setting& setting) {
-  const KnownSetting* const known = KnownSettings::find(setting.name);
-  return setting.preset || !AlterSystem::canName(setting.name) ||
-         (known && known->category == Category::fileLocations);
 }
 
 }  // namespace

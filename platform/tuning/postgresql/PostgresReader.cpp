@@ -4,6 +4,8 @@
 #include <numeric>
 
 #include "tuning/TuningError.h"
+#include "tuning/postgresql/AlterSystem.h"
+#include "tuning/postgresql/KnownSettings.h"
 #include "tuning/postgresql/SettingText.h"
 #include "tuning/postgresql/ValueText.h"
 
@@ -129,6 +131,13 @@ const std::string& PostgresReader::value(int32_t settingId, TnValueType type, Se
   if (selector == Selector::currentValue) beforeReading();
   const Setting& setting = known(settingId, type);
   return selector == Selector::defaultValue ? setting.fallback : setting.current;
+}
+
+// Where the server keeps its own files is not for carrying to another server.
+bool PostgresReader::isReadOnly(const Setting& setting) {
+  const KnownSetting* const known = KnownSettings::find(setting.name);
+  return setting.preset || !AlterSystem::canName(setting.name) ||
+         (known && known->category == Category::fileLocations);
 }
 
 void PostgresReader::readAgain() { snapshot_ = Snapshot(connection_); }

@@ -27,6 +27,8 @@ class PostgresReader : public Engine {
 
   Connection& connection() { return connection_; }
   Snapshot& snapshot() { return snapshot_; }
+  // True: no change of the setting can or may be stored.
+  static bool isReadOnly(const Setting& setting);
   // Takes the snapshot anew. What was had from the one before is gone.
   void readAgain();
 

@@ -26,9 +26,17 @@ std::string onOneLine(std::string text) {
   return text;
 }
 
+std::string_view serverOrigin(const Setting& setting) {
+  if (setting.ofCommandLine) return "The server's command line gives the value; change it there.";
+  if (setting.changeMayWait) return "A changed value may be waiting for a restart of the server.";
+  return {};
+}
+
 }  // namespace
 
-std::string SettingText::of(const Setting& setting) {
+std::string SettingText::of(const Setting& setting) { return of(setting, serverOrigin(setting)); }
+
+std::string SettingText::of(const Setting& setting, std::string_view origin) {
   std::string text;
   addSentence(text, setting.shortText);
   addSentence(text, setting.longText);
@@ -44,11 +52,7 @@ std::string SettingText::of(const Setting& setting) {
   if (!setting.needsRestart && announced) {
     addSentence(text, "This server takes a change without a restart.");
   }
-  if (setting.ofCommandLine) {
-    addSentence(text, "The server's command line gives the value; change it there.");
-  } else if (setting.changeMayWait) {
-    addSentence(text, "A changed value may be waiting for a restart of the server.");
-  }
+  addSentence(text, origin);
   if (!setting.currentIsKnown) {
     addSentence(
         text,

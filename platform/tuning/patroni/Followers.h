@@ -1,0 +1,47 @@
+// The servers of a cluster as those that have to follow its configuration: all members that run
+// when the first change is made.
+#ifndef KNOB_PATRONI_FOLLOWERS_H
+#define KNOB_PATRONI_FOLLOWERS_H
+
+#include <string>
+#include <vector>
+
+#include "service/TuningInterface.h"
+#include "tuning/patroni/Address.h"
+#include "tuning/patroni/Configuration.h"
+#include "tuning/patroni/Member.h"
+#include "tuning/patroni/MemberServer.h"
+#include "tuning/patroni/RestApi.h"
+
+namespace tn::patroni {
+
+class Followers {
+ public:
+  // Looks at each running member's server. Throws TN_PATRONI_SOURCES_HIDDEN.
+  Followers(const Address& address, const Members& members, const std::string& user,
+            const std::string& password);
+
+  // Throws why one of the members would not follow a change of the setting. What could be a change
+  // of somebody else's on its way is given 3 s, once; `configuration` is then read again.
+  void checkHindrance(const postgresql::Setting& setting, RestApi& api,
+                      Configuration& configuration);
+
+  // Waits until every member has followed the changes, 5 s at most. False when one has not: such a
+  // one is not waited for again.
+  bool await(const std::vector<Change>& changes);
+
+  // Waits until a member has followed the change or refused it, 5 s at most, and tells which.
+  MemberServer::Standing judge(const Change& change);
+
+ private:
+  TnStatus hindrance(const postgresql::Setting& setting, const Configuration& configuration) const;
+  void lookAgain();
+
+  std::vector<MemberServer> servers_{};
+  bool missing_ = false;  // a running member that cannot be reached, and was not told of yet
+  bool settled_ = false;
+};
+
+}  // namespace tn::patroni
+
+#endif

@@ -1,0 +1,141 @@
+#include "tuning/patroni/MemberServer.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "tuning/TuningError.h"
+#include "tuning/patroni/Rules.h"
+#include "tuning/postgresql/Snapshot.h"
+
+namespace tn::patroni {
+namespace {
+
+using postgresql::Result;
+using postgresql::Setting;
+using postgresql::Snapshot;
+
+constexpr char kWaitingQuery[] = "SELECT name FROM pg_catalog.pg_settings WHERE pending_restart";
+
+// Everything is named with its schema: a role's search_path could put something else before it.
+constexpr char kStandingQuery[] =
+    "SELECT name, reset_val, source, pending_restart FROM pg_catalog.pg_settings"
+    " WHERE name OPERATOR(pg_catalog.=) ANY (ARRAY[";
+
+enum Column : int { kName, kConfigured, kSource, kPendingRestart };
+
+bool means(std::string_view text, const std::string& wanted, const Setting& setting) {
+  return text == wanted || Snapshot::same(Snapshot::shown(text, setting), wanted, setting);
+}
+
+bool isWanted(std::string_view text, const Change& change) {
+  return means(text, change.value.shown(), *change.setting) ||
+         (!change.asTold.empty() && text == change.asTold);
+}
+
+// A setting that this server does not have stands in no row.
+int rowOf(const Result& rows, std::string_view name) {
+  int row = 0;
+  while (row < rows.rows() && rows.text(row, kName) != name) ++row;
+  return row;
+}
+
+MemberServer::Standing standing(const Change& change, const Result& rows,
+                                const MemberFiles& files) {
+  using enum MemberServer::Standing;
+  const Setting& setting = *change.setting;
+  const int row = rowOf(rows, setting.name);
+  if (row == rows.rows()) return notYet;
+  const bool ofSession = Snapshot::isOfSession(rows.text(row, kSource));
+  if (!ofSession && isWanted(rows.text(row, kConfigured), change)) return followed;
+  const MemberFiles::Entry* const written = files.byPatroni(setting.name);
+  if (!written || !isWanted(written->text, change)) return notYet;
+  // A server tells no error of its own from a value that waits for a restart but by this.
+  if (setting.needsRestart && rows.flag(row, kPendingRestart)) return followed;
+  if (written->failed) return refused;
+  // Written, and the server can use it, which this session cannot see or sees as another text.
+  if (ofSession || setting.ofNewSessions) return followed;
+  const bool changed = rows.text(row, kConfigured) != setting.running;
+  return setting.type == TN_TYPE_STRING && change.asTold.empty() && changed ? followed : notYet;
+}
+
+}  // namespace
+
+MemberServer::MemberServer(std::string name, std::string uri, std::string user,
+                           std::string password)
+    : name_(std::move(name)),
+      uri_(std::move(uri)),
+      user_(std::move(user)),
+      password_(std::move(password)) {}
+
+bool MemberServer::connect() {
+  if (connection_) return true;
+  try {
+    connection_.emplace(uri_.c_str(), user_.c_str(), password_.c_str());
+  } catch (const TuningError&) {
+    return false;  // asked again, or told as a member that does not follow
+  }
+  return true;
+}
+
+bool MemberServer::look(Deadline deadline) {
+  if (!connect()) return false;
+  try {
+    files_ = MemberFiles::read(*connection_, deadline);
+    const auto rows = files_ ? connection_->queryUntil(kWaitingQuery, deadline) : std::nullopt;
+    waiting_.clear();
+    for (int row = 0; rows && row < rows->rows(); ++row) waiting_.emplace_back(rows->text(row, 0));
+    if (rows) return true;
+  } catch (const TuningError& error) {
+    if (error.status() != TN_CONNECTION_LOST) throw;
+  }
+  connection_.reset();
+  return false;
+}
+
+// What waits for a restart may stand in the file from before the cluster's configuration was
+// changed back: Patroni writes the file only when what runs would change.
+TnStatus MemberServer::hindrance(const Setting& setting, const Configuration& configuration) const {
+  if (!files_) return TN_SUCCESS;
+  if (files_->isOverridden(setting.name)) return TN_PATRONI_OVERRIDDEN;
+  const MemberFiles::Entry* const written = files_->byPatroni(setting.name);
+  if (!written || Rules::isOfClusterAlone(setting.name)) return TN_SUCCESS;
+  if (std::ranges::find(waiting_, setting.name) != waiting_.end()) return TN_SUCCESS;
+  const auto stored = configuration.parameter(setting.name);
+  const bool ofCluster =
+      stored && (written->text == *stored ||
+                 means(written->text, Snapshot::shown(*stored, setting), setting));
+  return ofCluster ? TN_SUCCESS : TN_PATRONI_SET_BY_MEMBER;
+}
+
+std::vector<MemberServer::Standing> MemberServer::standings(const std::vector<Change>& changes,
+                                                            Deadline deadline) {
+  try {
+    if (connect()) {
+      if (auto found = ask(changes, deadline)) return *found;
+    }
+  } catch (const TuningError& error) {
+    if (error.status() != TN_CONNECTION_LOST) throw;
+  }
+  connection_.reset();
+  return std::vector<Standing>(changes.size(), Standing::notYet);
+}
+
+// The files first: reading them is what tells a session whether a value waits for a restart.
+std::optional<std::vector<MemberServer::Standing>> MemberServer::ask(
+    const std::vector<Change>& changes, Deadline deadline) {
+  const auto files = MemberFiles::read(*connection_, deadline);
+  if (!files) return std::nullopt;
+  std::string query = kStandingQuery;
+  for (const Change& change : changes) {
+    if (&change != &changes.front()) query += ", ";
+    query += connection_->literal(std::string(change.setting->name));
+  }
+  const auto rows = connection_->queryUntil(query + "]::pg_catalog.text[])", deadline);
+  if (!rows) return std::nullopt;
+  std::vector<Standing> found;
+  found.reserve(changes.size());
+  for (const Change& change : changes) found.push_back(standing(change, *rows, *files));
+  return found;
+}
+
+}  // namespace tn::patroni

@@ -1,0 +1,68 @@
+// The PostgreSQL server of one member, asked over a connection of its own: whether it can follow a
+// change of the cluster's configuration, and whether it has.
+#ifndef KNOB_PATRONI_MEMBER_SERVER_H
+#define KNOB_PATRONI_MEMBER_SERVER_H
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "service/TuningInterface.h"
+#include "tuning/patroni/Configuration.h"
+#include "tuning/patroni/MemberFiles.h"
+#include "tuning/postgresql/Connection.h"
+#include "tuning/postgresql/NewValue.h"
+#include "tuning/postgresql/Setting.h"
+
+namespace tn::patroni {
+
+// A value that was put into the cluster's configuration.
+struct Change {
+  const postgresql::Setting* setting;
+  postgresql::NewValue value;
+  std::string asTold;  // as a server tells it, where one was asked
+};
+
+class MemberServer {
+ public:
+  using Deadline = std::chrono::steady_clock::time_point;
+
+  // What became of a change here.
+  enum class Standing {
+    notYet,
+    followed,  // in force, or waiting for a restart
+    refused    // the server cannot use the value
+  };
+
+  // Connects to nothing yet.
+  MemberServer(std::string name, std::string uri, std::string user, std::string password);
+
+  const std::string& name() const { return name_; }
+
+  // Reads the server's files for hindrance(). False when the server cannot be reached. Throws
+  // TN_PATRONI_SOURCES_HIDDEN.
+  bool look(Deadline deadline);
+  // Why the server would not follow a change of the setting, as the files were when look() was
+  // called; TN_SUCCESS when it would.
+  TnStatus hindrance(const postgresql::Setting& setting, const Configuration& configuration) const;
+
+  // In the order of the changes. Everything is notYet when the server cannot be reached in time.
+  std::vector<Standing> standings(const std::vector<Change>& changes, Deadline deadline);
+
+ private:
+  bool connect();
+  std::optional<std::vector<Standing>> ask(const std::vector<Change>& changes, Deadline deadline);
+
+  std::string name_;
+  std::string uri_;
+  std::string user_;
+  std::string password_;
+  std::optional<postgresql::Connection> connection_{};
+  std::optional<MemberFiles> files_{};
+  std::vector<std::string> waiting_{};  // settings with a change that waits for a restart
+};
+
+}  // namespace tn::patroni
+
+#endif

@@ -1,0 +1,272 @@
+#include "tuning/patroni/PatroniEngine.h"
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+#include <utility>
+
+#include "tuning/TuningError.h"
+#include "tuning/patroni/Rules.h"
+#include "tuning/postgresql/SettingText.h"
+
+namespace tn::patroni {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using postgresql::NewValue;
+using postgresql::Setting;
+using postgresql::Snapshot;
+
+constexpr std::chrono::seconds kPatienceAtFirst{10};
+constexpr std::chrono::seconds kPatienceForNewLeader{30};
+constexpr std::chrono::seconds kPatienceForFiles{5};
+constexpr std::chrono::milliseconds kPause{250};
+
+// What a server says while it becomes the leader, or was it until a moment ago.
+constexpr TnStatus kPassing[] = {TN_SERVER_UNREACHABLE, TN_SERVER_NOT_READY, TN_CONNECTION_LOST,
+                                 TN_PATRONI_STORE_DOWN, TN_PATRONI_UNREACHABLE};
+
+constexpr char kHidden[] = "The cluster's configuration cannot be read at the moment.";
+
+bool isPassing(const TuningError& error) {
+  return std::ranges::find(kPassing, error.status()) != std::end(kPassing);
+}
+
+bool hasLeader(const Members& members) {
+  return std::ranges::any_of(members, [](const Member& m) { return m.leader && !m.host.empty(); });
+}
+
+// A whole number can stand in the configuration as one.
+http::Json jsonOf(const Setting& setting, const NewValue& value) {
+  if (setting.type != TN_TYPE_INTEGER) return value.text();
+  return std::stoi(value.text());
+}
+
+// A number with a fraction is a text to whoever gives it.
+void checkReal(const Setting& setting, const NewValue& value) {
+  if (!setting.real) return;
+  const auto wanted = postgresql::ValueText::real(value.shown(), setting.unit);
+  if (!wanted) throw TuningError(TN_VALUE_REFUSED);
+  const auto lowest = postgresql::ValueText::real(setting.minimum, {});
+  const auto highest = postgresql::ValueText::real(setting.maximum, {});
+  if ((lowest && *wanted < *lowest) || (highest && *wanted > *highest)) {
+    throw TuningError(TN_VALUE_OUT_OF_RANGE);
+  }
+}
+
+}  // namespace
+
+const Member& Cluster::leader() const {
+  return *std::ranges::find_if(members, [](const Member& member) { return member.leader; });
+}
+
+std::unique_ptr<PatroniEngine> PatroniEngine::open(const char* server, const char* user,
+                                                   const char* password) {
+  Cluster cluster{Address::parse(server), nullptr, user, password, {}};
+  cluster.api = std::make_unique<RestApi>(cluster.address);
+  const auto deadline = Clock::now() + kPatienceAtFirst;
+  while (!hasLeader(cluster.members = cluster.api->members())) {
+    if (Clock::now() >= deadline) throw TuningError(TN_PATRONI_NO_LEADER);
+    std::this_thread::sleep_for(kPause);
+  }
+  return std::make_unique<PatroniEngine>(std::move(cluster));
+}
+
+PatroniEngine::PatroniEngine(Cluster cluster)
+    : PostgresReader(cluster.leaderUri().c_str(), cluster.user.c_str(), cluster.password.c_str()),
+      cluster_(std::move(cluster)) {}
+
+void PatroniEngine::leave() { awaitFollowers(); }
+
+void PatroniEngine::beforeReading() {
+  if (!stale_) return;
+  awaitFollowers();
+  try {
+    readAgain();
+  } catch (const TuningError& error) {
+    if (error.status() != TN_CONNECTION_LOST) throw;
+    goToLeader();
+    readAgain();
+  }
+  configuration_.reset();
+  filesRead_ = false;
+  stale_ = false;
+}
+
+Configuration& PatroniEngine::configuration() {
+  if (!configuration_) configuration_ = cluster_.api->configuration();
+  return *configuration_;
+}
+
+Followers& PatroniEngine::followers() {
+  if (!followers_) {
+    cluster_.api->alsoAsk(cluster_.members);
+    followers_.emplace(cluster_.address, cluster_.members, cluster_.user, cluster_.password);
+  }
+  return *followers_;
+}
+
+// Nothing for a role that may not look.
+const std::optional<MemberFiles>& PatroniEngine::leadersFiles() {
+  if (!std::exchange(filesRead_, true)) {
+    leadersFiles_.reset();
+    try {
+      leadersFiles_ = MemberFiles::read(connection(), Clock::now() + kPatienceForFiles);
+    } catch (const TuningError& error) {
+      if (error.status() != TN_PATRONI_SOURCES_HIDDEN) throw;
+    }
+  }
+  return leadersFiles_;
+}
+
+// The leader of the moment may be one that is gone: then the cluster does not know it yet.
+void PatroniEngine::goToLeader() {
+  cluster_.api->alsoAsk(cluster_.members);
+  const auto deadline = Clock::now() + kPatienceForNewLeader;
+  for (;; std::this_thread::sleep_for(kPause)) {
+    const bool last = Clock::now() >= deadline;
+    try {
+      Members members = cluster_.api->members();
+      if (hasLeader(members)) {
+        cluster_.members = std::move(members);
+        connection() = postgresql::Connection(cluster_.leaderUri().c_str(), cluster_.user.c_str(),
+                                              cluster_.password.c_str());
+        return;
+      }
+    } catch (const TuningError& error) {
+      if (last || !isPassing(error)) throw;
+    }
+    if (last) throw TuningError(TN_PATRONI_NO_LEADER);
+  }
+}
+
+void PatroniEngine::store(Setting& setting, const NewValue& value) {
+  if (isCurrent(setting, value.shown())) return;
+  checkChangeable(setting, value);
+  const Change change{&setting, value, askServer(setting, value)};
+  write(change);
+  setting.written = value.shown();
+  unfollowed_.push_back(change);
+  stale_ = true;
+  if (!std::exchange(begun_, true)) awaitFollowers();
+}
+
+// True when the value is in force or will be after a restart, and nothing waits to change that.
+bool PatroniEngine::isCurrent(const Setting& setting, const std::string& wanted) {
+  if (setting.written) return Snapshot::same(*setting.written, wanted, setting);
+  const auto isWanted = [&](const std::string& text) {
+    return Snapshot::same(Snapshot::shown(text, setting), wanted, setting);
+  };
+  const bool inForce = setting.currentIsKnown && Snapshot::same(setting.current, wanted, setting);
+  const auto stored = configuration().parameter(setting.name);
+  if (stored && isWanted(*stored)) return inForce || setting.changeMayWait;
+  if (!inForce || Rules::isPatronisOwn(setting.name)) return inForce;
+  if (stored) return runsAs(*stored, setting);
+  // A change back to what runs takes nothing out of the file: Patroni will do that at a restart.
+  return !setting.changeMayWait || isWanted(std::string(textByPatroni(setting)));
+}
+
+// True: the stored text gives the value that runs, which the server tells in other words.
+bool PatroniEngine::runsAs(const std::string& stored, const Setting& setting) {
+  if (Snapshot::same(Snapshot::shown(stored, setting), setting.current, setting)) return true;
+  const auto& files = leadersFiles();
+  return files && setting.type == TN_TYPE_STRING && !setting.changeMayWait &&
+         !files->isOverridden(setting.name) && textByPatroni(setting) == stored;
+}
+
+// Empty for none.
+std::string_view PatroniEngine::textByPatroni(const Setting& setting) {
+  const auto& files = leadersFiles();
+  const MemberFiles::Entry* const written = files ? files->byPatroni(setting.name) : nullptr;
+  return written && !(written->failed && !setting.changeMayWait) ? written->text
+                                                                 : std::string_view();
+}
+
+// A change that could not take effect is not made at all.
+void PatroniEngine::checkChangeable(const Setting& setting, const NewValue& value) {
+  Rules::check(setting, value, configuration());
+  if (isReadOnly(setting)) throw TuningError(TN_SETTING_READ_ONLY);
+  checkReal(setting, value);
+  if (!setting.written) followers().checkHindrance(setting, *cluster_.api, configuration());
+}
+
+// What a session may set the leader's server judges when it is set for the moment of the question.
+// Returns the value as the server tells it; nothing where it cannot be asked in this way.
+std::string PatroniEngine::askServer(const Setting& setting, const NewValue& value) {
+  const auto ask = [&] {
+    const std::string text = connection().literal(value.text());
+    if (setting.server || setting.ofNewSessions) return std::string();
+    return std::string(connection()
+                           .query("SELECT pg_catalog.set_config(" +
+                                  connection().literal(std::string(setting.name)) + ", " + text +
+                                  ", true)")
+                           .text(0, 0));
+  };
+  try {
+    return ask();
+  } catch (const TuningError& error) {
+    if (error.status() == TN_NOT_PERMITTED || error.status() == TN_SETTING_READ_ONLY) return {};
+    if (error.status() != TN_CONNECTION_LOST) throw;
+  }
+  goToLeader();
+  return ask();
+}
+
+// A text that no session can be asked about is looked at where it has arrived.
+void PatroniEngine::write(const Change& change) {
+  const std::string_view name = change.setting->name;
+  const Configuration before = configuration();
+  configuration_ = cluster_.api->change(before.change(name, jsonOf(*change.setting, change.value)));
+  const bool judged =
+      change.setting->type != TN_TYPE_STRING || change.setting->real || !change.asTold.empty();
+  if (judged) return;
+  const auto standing = followers().judge(change);
+  if (standing == MemberServer::Standing::followed) return;
+  if (standing == MemberServer::Standing::notYet) throw TuningError(TN_PATRONI_NOT_FOLLOWED);
+  configuration_ = cluster_.api->change(before.change(name, before.stored(name)));
+  throw TuningError(TN_VALUE_REFUSED);
+}
+
+void PatroniEngine::awaitFollowers() {
+  if (unfollowed_.empty()) return;
+  if (!followers().await(std::exchange(unfollowed_, {})))
+    throw TuningError(TN_PATRONI_NOT_FOLLOWED);
+}
+
+std::string PatroniEngine::description(int32_t settingId) {
+  const Setting* const setting = snapshot().setting(settingId);
+  if (!setting) throw TuningError(TN_UNKNOWN_SETTING);
+  return postgresql::SettingText::of(*setting, origin(*setting));
+}
+
+// Where the value comes from, unless that is the plain case: the default, or what the server was
+// configured with before it was the cluster's.
+std::string PatroniEngine::origin(const Setting& setting) try {
+  if (configurationHidden_) return kHidden;
+  if (Rules::isPatronisOwn(setting.name)) return "Patroni sets it on every member.";
+  const auto stored = configuration().parameter(setting.name);
+  const std::string waits = setting.changeMayWait ? " A change waits for a restart." : "";
+  if (!stored) return hindranceOnLeader(setting) + waits;
+  if (runsAs(*stored, setting)) return "Set in the cluster's configuration.";
+  const std::string set =
+      "Set to " + Snapshot::shown(*stored, setting) + " in the cluster's configuration.";
+  return set + (waits.empty() ? ' ' + hindranceOnLeader(setting) : waits);
+} catch (const TuningError& error) {
+  if (error.status() != TN_PATRONI_CONFIG_NOT_READABLE) throw;
+  configurationHidden_ = true;
+  return kHidden;
+}
+
+std::string PatroniEngine::hindranceOnLeader(const Setting& setting) {
+  if (Snapshot::same(setting.current, setting.fallback, setting) &&
+      !configuration().parameter(setting.name))
+    return {};
+  const auto& files = leadersFiles();
+  if (!files) return {};
+  if (files->isOverridden(setting.name)) return "Overridden on the leader by postgresql.auto.conf.";
+  const bool byMember = files->byPatroni(setting.name) && !Rules::isOfClusterAlone(setting.name) &&
+                        !setting.changeMayWait;
+  return byMember ? "Overridden on the leader by the member's own configuration." : "";
+}
+
+}  // namespace tn::patroni

@@ -1,0 +1,67 @@
+// A PostgreSQL cluster of two members under Patroni that lives as long as the object: its data in a
+// temporary folder, on free ports of 127.0.0.1, as a user that is not root.
+#ifndef KNOB_TESTS_PATRONI_PATRONI_CLUSTER_H
+#define KNOB_TESTS_PATRONI_PATRONI_CLUSTER_H
+
+#include <cstdint>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "etcd/Cluster.h"
+#include "support/Daemon.h"
+#include "support/Process.h"
+#include "support/TempFolder.h"
+
+class PatroniCluster {
+ public:
+  static constexpr std::size_t kMembers = 2;
+
+  // Why there can be no cluster here; empty when there can.
+  static std::string obstacle();
+  // The one that all tests share, started when it is first asked for. The API wants the login
+  // admin, "right" for changes.
+  static PatroniCluster& shared();
+
+  PatroniCluster();
+  ~PatroniCluster();
+
+  Cluster& etcd() { return etcd_; }
+  void start(std::size_t member);
+  void signal(std::size_t member, int number) const { members_[member].patroni.signal(number); }
+  void kill(std::size_t member);  // Patroni and its server, SIGKILL
+  std::size_t leader() const;     // waits for one
+  void awaitMembers() const;      // until both run
+  void restart() const;           // both servers, through Patroni
+
+  std::string address(std::size_t member) const;   // "patroni://..."
+  std::string endpoint(std::size_t member) const;  // "http://..."
+  std::string sql(std::size_t member, std::string const& statement) const;
+  std::string value(std::size_t member, std::string const& setting) const;
+  // The cluster's configuration as it stands in etcd.
+  nlohmann::json configuration() const;
+  void configure(std::string const& patch) const;
+
+  // knob on one member's address.
+  Process knob(std::size_t member, std::vector<std::string> arguments) const;
+  static std::string id(std::string const& setting);
+  Outcome set(std::size_t member, std::string const& setting,
+              std::vector<std::string> const& words) const;
+
+ private:
+  struct Node {
+    int serverPort;
+    int apiPort;
+    Daemon patroni{};
+  };
+  std::string file(std::size_t member, std::string const& name) const;
+  void configureMember(std::size_t member) const;
+  Outcome run(std::vector<std::string> arguments) const;
+  pid_t server(std::size_t member) const;
+
+  TempFolder folder_{};
+  Cluster etcd_{1};
+  std::vector<Node> members_{};
+};
+
+#endif
