@@ -105,7 +105,8 @@ http::Options optionsOf(const Address& address) {
 std::vector<std::string> startedAnywhere(std::vector<std::string> endpoints) {
   std::random_device random;
   std::uniform_int_distribution<size_t> position(0, endpoints.size() - 1);
-  std::ranges::rotate(endpoints, endpoints.begin() + static_cast<std::ptrdiff_t>(position(random)));
+  std::rotate(endpoints.begin(), endpoints.begin() + static_cast<std::ptrdiff_t>(position(random)),
+              endpoints.end());
   return endpoints;
 }
 
