@@ -235,7 +235,7 @@ TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
   // What is said of a value that the engine refuses.
   const auto refused = [this](std::string const& id, std::string const& value) {
     const std::string reason = run({id, value}).err;
-    return reason.substr(0, reason.find('\n')) + " (Setting " + id + " was not changed.)\n";
+    return reason.substr(0, reason.find('\n')) + " (Setting " + id + ")\n";
   };
   const std::string good = setting("25", "5");
   const std::string noValue = "Setting 25 was not changed: the file has no value for it.\n";

@@ -88,6 +88,10 @@ void Harness::check(Command const& command, Outcome const& run, Reports reports)
         << run.err;
   }
   checkValues(command, run.err);
+  for (std::string const& id : command.changes) {
+    const bool denied = run.err.find("Setting " + id + " was not changed") != run.err.npos;
+    EXPECT_TRUE(!denied || values().at(id) == old_[id]) << id << " was changed";
+  }
   const bool done = run.status == 0 && !lacksTexts(run.out);
   if (done || run.out.find(" was updated.") != run.out.npos) {
     for (std::string const& id : command.changes) {

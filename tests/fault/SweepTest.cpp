@@ -80,7 +80,7 @@ TEST_P(Sweep, KeepsEveryPromiseWhateverCallFails) {
     for (Fault const& fault : kFaults) {
       if (isNetwork(fault) != onNetwork) continue;
       if (!counts.contains(fault.kind)) counts[fault.kind] = harness.count(command, fault.kind);
-      for (const long n : spread(counts[fault.kind], onNetwork ? 4 : 24)) {
+      for (const long n : spread(counts[fault.kind], onNetwork ? 3 : 24)) {
         const std::string plan = fault.kind + ":" + fault.effect + ":" + std::to_string(n);
         SCOPED_TRACE(command.name + " " + plan + fault.rest);
         harness.reset();
