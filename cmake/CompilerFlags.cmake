@@ -5,6 +5,11 @@ if(KNOB_WERROR)
   add_compile_options(-Werror)
 endif()
 
+if(KNOB_FUZZ)
+  set(KNOB_SANITIZE ON)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 if(KNOB_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all
                       -fno-omit-frame-pointer)

@@ -1,9 +1,10 @@
 # What the scripts share. Sourced by them; expects `root` to be the folder of the project.
 
 build_packages="cmake ninja-build g++ libsqlite3-dev libpq-dev libcurl4-openssl-dev nlohmann-json3-dev libtomlplusplus-dev"
-test_packages="libgtest-dev postgresql-15 pgbouncer locales pkgconf etcd-server etcd-client patroni python3-etcd openssl zsh lowdown man-db mandoc"
+test_packages="libgtest-dev binutils postgresql-15 pgbouncer locales pkgconf etcd-server etcd-client patroni python3-etcd openssl zsh lowdown man-db mandoc"
 check_packages="clang clang-format clang-tidy git"
 package_packages="debhelper lowdown dpkg-dev fakeroot lintian git"
+fuzz_packages="clang libclang-rt-14-dev"
 
 # install PACKAGE...: installs the Debian packages that are missing. Services among them are not
 # started, neither now nor with the system: the tests need their programs only. Prints on standard
@@ -43,4 +44,25 @@ build() {
   local folder=$1
   shift
   cmake --build "$folder" --target "$@" -- --quiet 2>&1 | sed '/^ninja: no work to do/d' >&2
+}
+
+# build_fuzzers: builds them in build-fuzz/.
+build_fuzzers() {
+  install $build_packages $fuzz_packages
+  cmake -S "$root" -B "$root/build-fuzz" -G Ninja -DKNOB_FUZZ=ON -DKNOB_TESTS=OFF \
+    -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ >&2
+  build "$root/build-fuzz" fuzzers
+}
+
+# run_fuzzers OPTION...: each with the options of libFuzzer. Ends with the first that finds a fault.
+run_fuzzers() {
+  local seeds name corpus
+  for seeds in "$root"/tests/fuzz/seeds/*; do
+    name=$(basename "$seeds")
+    corpus=$root/build-fuzz/corpus/$name
+    mkdir -p "$corpus"
+    echo "Fuzzing: $name" >&2
+    "$root/build-fuzz/bin/fuzz_$name" -print_final_stats=1 -timeout=20 -max_len=8192 -seed=1 "$@" \
+      "$corpus" "$seeds" 2>&1 | sed -E '/^(#|INFO|\tNEW_)/d'
+  done
 }

@@ -95,6 +95,9 @@ TEST(CatalogueFile, TellsEveryFaultWithItsLine) {
       {"= \"Pool\"", "= Pool",
        "5: not TOML: Error while parsing value: could not determine value type"},
       {"\"Of the day.\"", "\"Of \xff\"", "20: not TOML: Encountered invalid utf-8 sequence"},
+      {"\n\n", "\n\u0120 = 1\n",
+       "3: not TOML: Error while parsing root table: expected keys, tables, whitespace or "
+       "comments, saw '\u0120'"},
       {"\"Or not.\"", std::string(8200, 'd'), "29: the line has more than 8192 bytes"},
       // Keys and types.
       {"  id = 1001\n", "", "6: setting \"Pool Size\": id is missing"},

@@ -292,27 +292,4 @@ TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
   }
 }
 
-TEST_F(SettingsFile, WhoseImportIsKilledIsAppliedUpToThere) {
-  constexpr std::size_t kApplied = 40;
-  const std::string defaults = exported();
-  const std::string content = awkwardSettings();
-  ASSERT_EQ("", import(content).err);
-  const std::string whole = exported();
-  ASSERT_EQ("", import(defaults).err);
-  writeFile(home / "import", content);
-  Process killed = knob(home.path(), {"-I", home / "import"});
-  killed.environment["LD_PRELOAD"] = KNOB_RECORDER_PRELOAD;
-  killed.environment["TN_KILL_BEFORE_SET"] = std::to_string(kApplied + 1);
-  EXPECT_EQ(128 + 9, killed.run().status);
-
-  const std::string partly = exported();
-  std::size_t changed = 0;
-  for (std::size_t at = 0; (at = partly.find("CHANGED SETTINGS: ", at)) != partly.npos; ++at) {
-    changed += std::stoul(partly.substr(at + 18));
-  }
-  EXPECT_EQ(kApplied, changed);
-  ASSERT_EQ("", import(content).err);
-  EXPECT_EQ(whole, exported());
-}
-
 }  // namespace

@@ -1,9 +1,7 @@
 // Put in front of the tuning library with LD_PRELOAD: writes the name of the call, a line each,
-// into the file that TN_RECORD names, and passes the call on. With TN_KILL_BEFORE_SET=N the process
-// is killed where it would make its N-th change. At the end of the process its arguments go into
-// the file that TN_RECORD_ARGUMENTS names. It allocates nothing, so it serves when memory runs out.
+// into the file that TN_RECORD names, and passes the call on. At the end of the process its
+// arguments go into the file that TN_RECORD_ARGUMENTS names.
 #include <array>
-#include <csignal>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -13,8 +11,6 @@
 #include "service/TuningInterface.h"
 
 namespace {
-
-int sets = 0;
 
 void append(char const* variable, std::string_view text) {
   char const* const path = std::getenv(variable);
@@ -39,11 +35,6 @@ void record(std::string_view name) {
 
 template <typename Result, typename... Arguments>
 Result passOn(char const* name, Result (*)(Arguments...), Arguments... arguments) {
-  char const* const fatalSet = std::getenv("TN_KILL_BEFORE_SET");
-  if (fatalSet != nullptr && std::string_view(name).starts_with("TnSet") &&
-      ++sets == std::atoi(fatalSet)) {
-    std::raise(SIGKILL);
-  }
   record(name);
   return reinterpret_cast<Result (*)(Arguments...)>(dlsym(RTLD_NEXT, name))(arguments...);
 }

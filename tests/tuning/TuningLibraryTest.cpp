@@ -1,8 +1,6 @@
 // The tuning library with the local engine, as a caller of the C functions meets it: real store
 // files in a folder of their own, other processes where it takes some.
 #include <algorithm>
-#include <atomic>
-#include <chrono>
 #include <climits>
 #include <csignal>
 #include <cstring>
@@ -10,11 +8,8 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
-#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <thread>
 #include <tuple>
 #include <unistd.h>
 #include <vector>
@@ -410,55 +405,6 @@ TEST_F(TuningLibrary, UndoesAFirstChangeThatWasCutOff) {
   EXPECT_EQ(TN_STORE_NOT_WRITABLE, inChild([&] { return readNow(&value); }, kNobody));
   fs::permissions(store, fs::perms(0644));
   EXPECT_EQ(kDefault, valueNow());
-}
-
-TEST_F(TuningLibrary, LosesNoChangeOfProcessesThatWriteAtOnce) {
-  std::vector<Setting> changed = settingsWith([](const Setting& s) {
-    return s.type == TN_TYPE_INTEGER && s.available && s.defaultValue != std::to_string(s.minimum);
-  });
-  ASSERT_GE(changed.size(), 20U);
-  changed.resize(20);
-  std::vector<pid_t> children;
-  for (const Setting& setting : changed) {
-    children.push_back(fork());
-    if (children.back() == 0) _exit(writeNow(setting.minimum, setting.id) == TN_SUCCESS ? 0 : 1);
-  }
-  for (const pid_t child : children) {
-    int status = -1;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(0, status);
-  }
-  for (const Setting& setting : changed) EXPECT_EQ(setting.minimum, valueNow(setting.id));
-}
-
-// A writer that counts up and tells each value that it has set is killed again and again.
-TEST_F(TuningLibrary, KeepsTheOldOrTheNewValueWhenAWriterIsKilled) {
-  const auto wide = [](const Setting& s) { return s.maximum == TN_MAX_MEMORY && s.available; };
-  const Setting counter = settingsWith(wide).at(0);
-  using Told = std::atomic<int32_t>;
-  auto* const told = static_cast<Told*>(
-      mmap(nullptr, sizeof(Told), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
-  int32_t last = *told = counter.minimum;
-  ASSERT_EQ(TN_SUCCESS, writeNow(last, counter.id));
-  for (int round = 0; round < 40; ++round) {
-    const int32_t before = *told;
-    const pid_t writer = fork();
-    if (writer == 0) {
-      for (int32_t next = last + 1;; ++next) {
-        *told = writeNow(next, counter.id) == TN_SUCCESS ? next : INT32_MIN;
-        if (*told != next) _exit(1);
-      }
-    }
-    while (*told == before) std::this_thread::yield();
-    std::this_thread::sleep_for(std::chrono::microseconds(137 * round));
-    kill(writer, SIGKILL);
-    int status = 0;
-    waitpid(writer, &status, 0);
-    ASSERT_TRUE(WIFSIGNALED(status)) << "the writer failed";
-    last = valueNow(counter.id);
-    ASSERT_TRUE(last == *told || last == *told + 1) << last << " after " << *told;
-  }
-  munmap(told, sizeof(Told));
 }
 
 TEST_F(TuningLibrary, KnowsTheFormsOfServerNames) {

@@ -3,6 +3,7 @@
 #include <memory>
 #include <poll.h>
 #include <utility>
+#include <vector>
 
 #include "tuning/TuningError.h"
 #include "tuning/postgresql/SocketWait.h"
@@ -12,6 +13,10 @@ namespace tn::postgresql {
 namespace {
 
 constexpr int kOldestServer = 100000;  // version 10
+
+// The longest that any of our statements may take. A server that is cut off without a word would
+// otherwise be waited for until the system gives the connection up, which can be never.
+constexpr std::chrono::seconds kLongestStatement(30);
 
 constexpr char kUseUtf8[] =
     "SELECT source FROM pg_catalog.pg_settings"
@@ -41,11 +46,7 @@ void Connection::open() {
 // hides that too, but for where it comes from, which is asked in the same turn.
 void Connection::useUtf8() {
   if (reports("client_encoding", "UTF8") || reports("server_encoding", "SQL_ASCII")) return;
-  PGconn* const connection = connection_.get();
-  if (PQsendQuery(connection, kUseUtf8) == 0) throw TuningError(TN_CONNECTION_LOST);
-  const Result source = checked(Result(PQgetResult(connection)));
-  while (PGresult* const more = PQgetResult(connection)) checked(Result(more));
-  encodingSource_ = source.text(0, 0);
+  encodingSource_ = query(kUseUtf8).text(0, 0);
 }
 
 bool Connection::reports(const char* parameter, std::string_view value) const {
@@ -58,28 +59,43 @@ bool Connection::isLost() const { return PQstatus(connection_.get()) == CONNECTI
 
 Result Connection::query(const std::string& sql) {
   if (isLost()) throw TuningError(TN_CONNECTION_LOST);
-  return checked(Result(PQexec(connection_.get(), sql.c_str())));
+  std::optional<Result> result =
+      queryUntil(sql, std::chrono::steady_clock::now() + kLongestStatement);
+  if (!result) throw TuningError(TN_CONNECTION_LOST);
+  return std::move(*result);
 }
 
 std::optional<Result> Connection::queryUntil(const std::string& sql,
                                              std::chrono::steady_clock::time_point deadline) {
   PGconn* const connection = connection_.get();
   if (PQsendQuery(connection, sql.c_str()) == 0) throw TuningError(TN_CONNECTION_LOST);
-  while (PQisBusy(connection) != 0) {
-    if (!waitForSocket(PQsocket(connection), POLLIN, millisecondsUntil(deadline))) {
-      connection_.reset();
-      return std::nullopt;
+  std::vector<Result> results;
+  // The last result is followed by a word of the server too, which may not come either.
+  while (answersBy(deadline)) {
+    PGresult* const next = PQgetResult(connection);
+    if (next == nullptr) {
+      if (results.empty()) throw TuningError(TN_CONNECTION_LOST);
+      for (const Result& result : results) check(result);
+      return std::move(results.front());
     }
-    if (PQconsumeInput(connection) == 0) throw TuningError(TN_CONNECTION_LOST);
+    results.emplace_back(next);
   }
-  Result result(PQgetResult(connection));
-  while (PGresult* const more = PQgetResult(connection)) PQclear(more);
-  return checked(std::move(result));
+  connection_.reset();
+  return std::nullopt;
 }
 
-Result Connection::checked(Result result) {
+bool Connection::answersBy(std::chrono::steady_clock::time_point deadline) {
+  PGconn* const connection = connection_.get();
+  while (PQisBusy(connection) != 0) {
+    if (!waitForSocket(PQsocket(connection), POLLIN, millisecondsUntil(deadline))) return false;
+    if (PQconsumeInput(connection) == 0) throw TuningError(TN_CONNECTION_LOST);
+  }
+  return true;
+}
+
+void Connection::check(const Result& result) {
   const ExecStatusType outcome = PQresultStatus(result.get());
-  if (outcome == PGRES_TUPLES_OK || outcome == PGRES_COMMAND_OK) return result;
+  if (outcome == PGRES_TUPLES_OK || outcome == PGRES_COMMAND_OK) return;
   if (isLost()) throw TuningError(TN_CONNECTION_LOST);
   const char* const code = PQresultErrorField(result.get(), PG_DIAG_SQLSTATE);
   throw TuningError(SqlState::ofStatement(code ? code : ""));

@@ -22,7 +22,8 @@ class Connection {
   // Connects once more, as at first: after the connection was lost.
   void reopen();
 
-  // One statement. Throws SqlState::ofStatement, or TN_CONNECTION_LOST.
+  // The result of the first of the statements. Throws SqlState::ofStatement, or TN_CONNECTION_LOST,
+  // also when the server does not answer for 30 s.
   Result query(const std::string& sql);
 
   // The same, but gives up at the deadline: there is no result then, and the connection is closed.
@@ -44,7 +45,9 @@ class Connection {
   std::string literal(const std::string& text) const;
 
  private:
-  Result checked(Result result);
+  // Whether a result can be had without waiting; false at the deadline.
+  bool answersBy(std::chrono::steady_clock::time_point deadline);
+  void check(const Result& result);
   bool isLost() const;
   bool reports(const char* parameter, std::string_view value) const;
   void useUtf8();

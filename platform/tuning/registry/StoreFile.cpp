@@ -29,15 +29,29 @@ uint32_t numberAt(const Header& header, size_t offset) {
   return number;
 }
 
-// Zeros where the file is shorter.
+int openToRead(const std::string& path) {
+  int file = -1;
+  do {
+    file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  } while (file < 0 && errno == EINTR);
+  return file;
+}
+
+// Zeros where the file is shorter. A signal, or a system that gives less than is there, makes no
+// difference: half a header would be that of another program's file.
 Header readHeader(const std::string& path) {
-  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  const int file = openToRead(path);
   if (file < 0) throw TuningError(readFailure(errno));
   Header header{};
-  const ssize_t size = pread(file, header.data(), header.size(), 0);
+  ssize_t count = 1;
+  for (size_t size = 0; count != 0 && size < header.size();) {
+    count = pread(file, header.data() + size, header.size() - size, static_cast<off_t>(size));
+    if (count > 0) size += static_cast<size_t>(count);
+    if (count < 0 && errno != EINTR) break;
+  }
   const int error = errno;
   close(file);
-  if (size < 0) throw TuningError(readFailure(error));
+  if (count < 0) throw TuningError(readFailure(error));
   return header;
 }
 

@@ -1,0 +1,155 @@
+#include "fault/Engine.h"
+
+#include <sstream>
+
+#include "support/Process.h"
+#include "support/TempFolder.h"
+#ifdef KNOB_POSTGRESQL
+#include "postgresql/Server.h"
+#endif
+#ifdef KNOB_ETCD
+#include "etcd/Cluster.h"
+#endif
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Of the local engine's catalogue.
+const std::vector<std::string> kIds = {"25", "7",  "8",  "9",   "10",  "13", "16",
+                                       "28", "29", "30", "31",  "32",  "48", "49",
+                                       "69", "64", "66", "179", "201", "72"};
+
+Engine makeLocal(std::string const& home) {
+  const std::string folder = home + "/store";
+  const std::string store = folder + "/settings.db";
+  const std::string server = "file:" + store;
+  fs::create_directory(folder);
+  knob(home, {"25", "7", "-S", server}).run();
+  const std::string before = readFile(store);
+  const auto state = [folder] {
+    std::map<std::string, std::string> files;
+    for (auto const& file : fs::directory_iterator(folder)) {
+      files[file.path()] = readFile(file.path());
+    }
+    std::string all;
+    for (auto const& [path, content] : files) all += path + "\n" + content;
+    return all;
+  };
+  const auto reset = [folder, store, before] {
+    for (auto const& file : fs::directory_iterator(folder)) {
+      if (file.path() != store) fs::remove(file);
+    }
+    writeFile(store, before);
+  };
+  const auto values = [home, server] { return exportedValues(home, {"-S", server}); };
+  return {server, kIds, "64", state, values, reset};
+}
+
+#ifdef KNOB_POSTGRESQL
+Engine makePostgres(std::string const&) {
+  Server const& server = Server::shared();
+  server.reset();
+  std::map<std::string, std::string> idOf;
+  std::vector<std::string> ids;
+  for (char const* const name : {"work_mem",
+                                 "commit_siblings",
+                                 "statement_timeout",
+                                 "lock_timeout",
+                                 "checkpoint_timeout",
+                                 "checkpoint_warning",
+                                 "bgwriter_delay",
+                                 "bgwriter_lru_maxpages",
+                                 "wal_writer_delay",
+                                 "vacuum_cost_limit",
+                                 "effective_io_concurrency",
+                                 "deadlock_timeout",
+                                 "autovacuum_naptime",
+                                 "autovacuum_vacuum_threshold",
+                                 "autovacuum_analyze_threshold",
+                                 "default_statistics_target",
+                                 "from_collapse_limit",
+                                 "join_collapse_limit",
+                                 "geqo_threshold",
+                                 "log_rotation_age"}) {
+    ids.push_back(idOf[name] = server.id(name));
+  }
+  const auto values = [idOf, &server] {
+    Values all;
+    for (auto const& [name, id] : idOf) all[id] = "";
+    std::istringstream lines(server.written());
+    for (std::string name, equals, value; lines >> name >> equals >> value;) {
+      all[idOf.at(name)] = value;
+    }
+    return all;
+  };
+  const auto serverAt = [](int port) {
+    return "postgresql://postgres@127.0.0.1:" + std::to_string(port) +
+           "/postgres?connect_timeout=2&sslmode=disable&gssencmode=disable";
+  };
+  const int port = std::stoi(server.port());
+  return {serverAt(port), ids,
+          "99",           [&server] { return server.written(); },
+          values,         [&server] { server.reset(); },
+          serverAt,       port};
+}
+#endif
+
+#ifdef KNOB_ETCD
+constexpr char kPrefix[] = "/faults";
+
+Engine makeEtcd(std::string const& home) {
+  static Cluster cluster(1);
+  const auto serverAt = [](int port) {
+    return "etcd://127.0.0.1:" + std::to_string(port) + kPrefix;
+  };
+  const std::string server = serverAt(cluster.port(0));
+  const auto reset = [home, server] {
+    cluster.ctl({"del", "--prefix", kPrefix});
+    knob(home, {kIds[0], "7", "-S", server}).run();
+  };
+  reset();
+  return {server,
+          kIds,
+          "64",
+          [] {
+            return cluster.ctl({"get", "--prefix", kPrefix});
+          },
+          [home, server] {
+            return exportedValues(home, {"-S", server});
+          },
+          reset,
+          serverAt,
+          cluster.port(0)};
+}
+#endif
+
+}  // namespace
+
+std::vector<EngineKind> const& engineKinds() {
+  static const std::vector<EngineKind> kinds = {
+      {"local", [] { return ""; }, makeLocal},
+#ifdef KNOB_POSTGRESQL
+      {"postgresql", Server::obstacle, makePostgres},
+#endif
+#ifdef KNOB_ETCD
+      {"etcd", Cluster::obstacle, makeEtcd},
+#endif
+  };
+  return kinds;
+}
+
+Values exportedValues(std::string const& home, std::vector<std::string> arguments) {
+  const std::string file = home + "/values";
+  arguments.insert(arguments.end(), {"-O", file, "-F"});
+  Values values;
+  if (knob(home, arguments).run().status != 0) return values;
+  std::istringstream lines(readFile(file));
+  std::string id;
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with("\tSetting ID: ")) id = line.substr(13);
+    if (line.starts_with("\tCurrent Value:")) values[id] = line.substr(15);
+  }
+  fs::remove(file);
+  return values;
+}

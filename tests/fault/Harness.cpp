@@ -1,0 +1,156 @@
+#include "fault/Harness.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <regex>
+
+namespace {
+
+// Whether messages tell of the setting.
+bool isNamed(std::string const& messages, std::string const& id) {
+  return std::regex_search(messages, std::regex("[Ss]etting " + id + "\\b"));
+}
+
+// A text that cannot be looked up is replaced by words that say so, whatever the exit status.
+bool lacksTexts(std::string const& text) {
+  return text.find("resource bundle is not installed") != text.npos ||
+         text.find("KNOB_") != text.npos;
+}
+
+}  // namespace
+
+Harness::Harness(EngineKind const& kind) : engine_(kind.make(home_.path())) {
+  std::string changes;
+  for (std::string const& id : engine_.ids) {
+    changes += "Setting ID: " + id + "\nCurrent Value: " + engine_.value + "\n";
+  }
+  writeFile(home_ / "import", changes);
+}
+
+std::vector<Command> Harness::commands() const {
+  std::string const& id = engine_.ids[0];
+  return {{"show", {id}},
+          {"set", {id, engine_.value}, {id}},
+          {"search", {"-H", "e", "-JSON"}},
+          {"export", {"-O", output_, "-F"}},
+          {"exportJson", {"-O", output_, "-JSON"}},
+          {"import", {"-I", home_ / "import"}, engine_.ids}};
+}
+
+Process Harness::program(Command const& command) const {
+  std::vector<std::string> arguments = command.arguments;
+  arguments.insert(arguments.end(), {"-S", engine_.server});
+  return knob(home_.path(), arguments);
+}
+
+Process Harness::faulted(Command const& command, std::string const& fault) const {
+  Process process = program(command);
+  process.environment["LD_PRELOAD"] = KNOB_FAULT_PRELOAD;
+  if (!fault.empty()) process.environment["FAULT"] = fault;
+  return process;
+}
+
+long Harness::count(Command const& command, std::string const& kind) const {
+  const TempFolder folder;
+  Process process = faulted(command, kind + ":EIO:0");
+  process.environment["FAULT_COUNT"] = folder / "count";
+  EXPECT_EQ(0, process.run().status);
+  engine_.reset();
+  return std::stol(readFile(folder / "count"));
+}
+
+void Harness::learn(Command const& command) {
+  reset();
+  old_ = values();
+  const Outcome run = program(command).run();
+  EXPECT_EQ(0, run.status) << run.err;
+  EXPECT_EQ("", run.err);
+  wanted_ = values();
+  for (std::string const& id : command.changes) EXPECT_NE(old_[id], wanted_[id]) << id;
+  wantedOut_ = run.out;
+  wantedOutput_ = readFile(output_);
+  wantedFiles_ = files();
+  reset();
+}
+
+void Harness::check(Command const& command, Outcome const& run, Reports reports) {
+  EXPECT_LT(run.status, 128) << "ended by a signal, or too late";
+  const bool saysSo = lacksTexts(run.out) || lacksTexts(readFile(output_));
+  if (run.status == 0 && !saysSo && reports == Reports::arrive) {
+    EXPECT_EQ(wantedOut_, run.out);
+    EXPECT_TRUE(exportIsWhole());
+    EXPECT_TRUE(run.err.empty() || command.name == "import") << run.err;
+  } else if (reports == Reports::arrive) {
+    const bool inJson = run.out.find("\"error\": ") != run.out.npos;
+    EXPECT_TRUE(saysSo || inJson || !run.err.empty())
+        << "exit status " << run.status << " and no word";
+    EXPECT_TRUE(command.name == "import" || std::count(run.err.begin(), run.err.end(), '\n') <= 1)
+        << run.err;
+  }
+  checkValues(command, run.err);
+  for (std::string const& id : command.changes) {
+    const bool denied = run.err.find("Setting " + id + " was not changed") != run.err.npos;
+    EXPECT_TRUE(!denied || values().at(id) == old_[id]) << id << " was changed";
+  }
+  const bool done = run.status == 0 && !lacksTexts(run.out);
+  if (done || run.out.find(" was updated.") != run.out.npos) {
+    for (std::string const& id : command.changes) {
+      if (!isNamed(run.err, id)) {
+        EXPECT_EQ(wanted_[id], values().at(id)) << id << " was reported";
+      }
+    }
+  }
+}
+
+void Harness::checkValues(Command const& command, std::string const& told) {
+  Values const& found = values();
+  ASSERT_EQ(old_.size(), found.size());
+  for (auto const& [id, value] : found) {
+    EXPECT_TRUE(value == old_[id] || value == wanted_[id]) << id << ": " << value;
+  }
+  bool over = false;
+  for (std::string const& id : command.changes) {
+    if (isNamed(told, id)) continue;
+    const bool changed = found.at(id) == wanted_[id];
+    EXPECT_FALSE(over && changed) << id << " was changed after one that was not";
+    over = over || !changed;
+  }
+}
+
+void Harness::checkLaterRun(Command const& command) {
+  const Outcome run = program(command).run();
+  EXPECT_EQ(0, run.status);
+  EXPECT_EQ("", run.err);
+  EXPECT_EQ(wantedOut_, run.out);
+  EXPECT_TRUE(exportIsWhole());
+  EXPECT_EQ(wanted_, values());
+  EXPECT_EQ(wantedFiles_, files());
+}
+
+void Harness::reset() {
+  writeFile(output_, "an export of another time");
+  engine_.reset();
+}
+
+Values const& Harness::values() {
+  const auto [known, isNew] = valuesOf_.try_emplace(engine_.state());
+  if (isNew) {
+    const std::string before = readFile(output_);
+    known->second = engine_.values();
+    // Reading may have completed what a command left, so this state has the same values.
+    valuesOf_[engine_.state()] = known->second;
+    writeFile(output_, before);
+  }
+  return known->second;
+}
+
+std::string Harness::files() const {
+  std::vector<std::string> names;
+  for (auto const& entry : std::filesystem::recursive_directory_iterator(home_.path())) {
+    names.push_back(entry.path());
+  }
+  std::sort(names.begin(), names.end());
+  std::string all;
+  for (std::string const& name : names) all += name + "\n";
+  return all;
+}

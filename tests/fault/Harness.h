@@ -1,0 +1,66 @@
+// Runs the commands of the program on one engine while something goes wrong, and checks after every
+// run what holds whatever goes wrong:
+//
+// - it ended by itself, in time, and not by a signal;
+// - with exit status 0 everything that was reported is done: the values are stored, the files are
+//   whole, what was to be printed arrived;
+// - otherwise one line says what went wrong;
+// - each setting has its old or its new value; those of an import are changed up to a point, but
+//   for the ones that were reported as not changed;
+// - the same command runs well afterwards, and leaves no file behind that was not there before.
+#ifndef KNOB_TESTS_FAULT_HARNESS_H
+#define KNOB_TESTS_FAULT_HARNESS_H
+
+#include "fault/Engine.h"
+#include "support/Process.h"
+#include "support/TempFolder.h"
+
+struct Command {
+  std::string name;
+  std::vector<std::string> arguments;
+  std::vector<std::string> changes{};  // ids, in the order of their changes
+};
+
+class Harness {
+ public:
+  enum class Reports { arrive, mayBeLost };
+
+  explicit Harness(EngineKind const& kind);
+
+  Engine const& engine() const { return engine_; }
+  std::string const& home() const { return home_.path(); }
+  std::vector<Command> commands() const;
+
+  Process program(Command const& command) const;
+  // The same with the fault library in front; `fault` is FAULT's value, empty for none.
+  Process faulted(Command const& command, std::string const& fault) const;
+  // How often the unharmed command makes calls of the kind.
+  long count(Command const& command, std::string const& kind) const;
+
+  // Runs the command unharmed, to know what check() may expect, and takes its changes back.
+  void learn(Command const& command);
+  // The values that a command has begun with and was to give, where they are others.
+  void expect(Values const& old, Values const& wanted) { old_ = old, wanted_ = wanted; }
+  void check(Command const& command, Outcome const& run, Reports reports = Reports::arrive);
+  // Only what is stored: after a command that was killed.
+  void checkValues(Command const& command, std::string const& told);
+  void checkLaterRun(Command const& command);
+  void reset();
+
+  Values const& values();  // found out once for each state of the engine
+  Values const& old() const { return old_; }
+  Values const& wanted() const { return wanted_; }
+
+ private:
+  std::string files() const;  // the names of all files but those of the tests
+  bool exportIsWhole() const { return readFile(output_) == wantedOutput_; }
+
+  const TempFolder home_{};
+  const std::string output_ = home_ / "export";
+  Engine engine_;
+  std::map<std::string, Values> valuesOf_{};
+  Values old_{}, wanted_{};
+  std::string wantedOut_{}, wantedOutput_{}, wantedFiles_{};
+};
+
+#endif
