@@ -8,7 +8,7 @@ namespace {
 struct FixedStore final : tn::registry::Store {
   explicit FixedStore(std::string text) : values{{2004, std::move(text)}} {}
   std::map<int32_t, std::string> readAll() override { return values; }
-  TnStatus damaged() const noexcept override { return TN_REGISTRY_DAMAGED; }
+  TnStatus damagedStatus() const noexcept override { return TN_REGISTRY_DAMAGED; }
   void write(int32_t, const std::string&) override { throw tn::TuningError(TN_STORE_FULL); }
   const std::map<int32_t, std::string> values;
 };

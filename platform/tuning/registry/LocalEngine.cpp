@@ -149,7 +149,7 @@ std::string_view LocalEngine::value(const CatalogueSetting& setting, Selector se
   if (kept == values().end()) return setting.defaultValue;
   if (refusal(setting, kept->second) != TN_SUCCESS) {
     const bool damaged = catalogue_->origin() == Origin::compiledIn;
-    throw TuningError(damaged ? store_->damaged() : TnStatus{TN_VALUE_OUTSIDE_CATALOGUE});
+    throw TuningError(damaged ? store_->damagedStatus() : TnStatus{TN_VALUE_OUTSIDE_CATALOGUE});
   }
   return kept->second;
 }

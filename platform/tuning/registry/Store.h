@@ -28,7 +28,7 @@ class Store {
   // other processes make to other settings at the same time are not lost.
   virtual void write(int32_t settingId, const std::string& value) = 0;
   // The status of a kept value that cannot have been written by knob.
-  virtual TnStatus damaged() const noexcept = 0;
+  virtual TnStatus damagedStatus() const noexcept = 0;
 };
 
 }  // namespace tn::registry
