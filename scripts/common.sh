@@ -54,12 +54,14 @@ build_fuzzers() {
   build "$root/build-fuzz" fuzzers
 }
 
-# run_fuzzers OPTION...: each with the options of libFuzzer. Ends with the first that finds a fault.
+# run_fuzzers FOLDER OPTION...: each with the options of libFuzzer. What it learns is kept in the
+# folder. Ends with the first that finds a fault.
 run_fuzzers() {
-  local seeds name corpus
+  local folder=$1 seeds name corpus
+  shift
   for seeds in "$root"/tests/fuzz/seeds/*; do
     name=$(basename "$seeds")
-    corpus=$root/build-fuzz/corpus/$name
+    corpus=$folder/$name
     mkdir -p "$corpus"
     echo "Fuzzing: $name" >&2
     "$root/build-fuzz/bin/fuzz_$name" -print_final_stats=1 -timeout=20 -max_len=8192 -seed=1 "$@" \

@@ -71,7 +71,7 @@ TEST_P(ConnectionTo, MayBeCutOrSlowAnywhere) {
 // At once, since each of them waits.
 TEST_P(ConnectionTo, IsNotWaitedForWithoutEnd) {
   for (Command const& command : harness->commands()) {
-    if (command.name != "set" && command.name != "import") continue;
+    if (command.name != "import") continue;
     harness->learn(command);
     std::set<std::pair<Proxy::Direction, long>> places;
     for (auto const direction : {Proxy::toServer, Proxy::toClient}) {

@@ -51,6 +51,10 @@ struct {
   int trace = -1;
 } plan;
 
+bool unsynced[1024];  // by descriptor: written since it was last synced
+
+bool& unsyncedOf(int file) { return unsynced[static_cast<unsigned>(file) % std::size(unsynced)]; }
+
 long openFile(char const* path, int flags) {
   return syscall(SYS_openat, AT_FDCWD, path, flags | O_CLOEXEC, 0666);
 }
@@ -122,6 +126,7 @@ ssize_t written(int file, void const* bytes, std::size_t size, off_t offset, boo
   if (!positioned) offset = plan.trace < 0 ? 0 : syscall(SYS_lseek, file, 0, SEEK_CUR);
   const long done = positioned ? syscall(SYS_pwrite64, file, bytes, size, offset)
                                : syscall(SYS_write, file, bytes, size);
+  unsyncedOf(file) = true;
   if (done > 0 && offset >= 0) trace("write", file, offset, done, bytes);
   return done;
 }
@@ -129,6 +134,7 @@ ssize_t written(int file, void const* bytes, std::size_t size, off_t offset, boo
 // Asked for, but never done: no power is cut here, and a thousand runs would wait for the disk.
 int synced(int file) {
   if (effectOn("sync") != 0) return -1;
+  unsyncedOf(file) = false;
   trace("sync", file, 0);
   return 0;
 }
@@ -183,8 +189,11 @@ int open(char const* path, int flags, ...) {
 int __open_2(char const* path, int flags) { return opened(path, flags, 0); }
 int __open64_2(char const* path, int flags) { return opened(path, flags, 0); }
 
+// What a system tells of only now is lost: what was written and not synced.
 int close(int file) {
   const int effect = effectOn("close");
+  if (effect > 0 && unsyncedOf(file)) syscall(SYS_ftruncate, file, 0);
+  unsyncedOf(file) = false;
   const long result = syscall(SYS_close, file);
   if (effect > 0) errno = effect;
   return effect > 0 ? -1 : static_cast<int>(result);

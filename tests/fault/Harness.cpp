@@ -92,6 +92,11 @@ void Harness::check(Command const& command, Outcome const& run, Reports reports)
     const bool denied = run.err.find("Setting " + id + " was not changed") != run.err.npos;
     EXPECT_TRUE(!denied || values().at(id) == old_[id]) << id << " was changed";
   }
+  if (command.name == "set") {
+    const auto says = [&](char const* words) { return run.err.find(words) != run.err.npos; };
+    EXPECT_TRUE(!says("Nothing was changed") || values() == old_) << run.err;
+    EXPECT_TRUE(!says("The setting was changed") || values() == wanted_) << run.err;
+  }
   const bool done = run.status == 0 && !lacksTexts(run.out);
   if (done || run.out.find(" was updated.") != run.out.npos) {
     for (std::string const& id : command.changes) {

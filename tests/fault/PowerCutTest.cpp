@@ -129,11 +129,11 @@ TEST_F(LocalStore, HoldsTheOldOrTheNewValuesWhenItsWritersAreKilled) {
 // One in two of them is killed.
 TEST_F(LocalStore, LosesNoChangeOfManyWriters) {
   char const* const asked = std::getenv("KNOB_KILLS");
-  const int rounds = asked != nullptr ? std::atoi(asked) / 20 : 15;
+  const std::size_t rounds = asked != nullptr ? std::stoul(asked) / 20 : 15;
   Engine const& engine = harness.engine();
   const Command import = command("import");
   harness.learn(import);
-  for (int round = 0; round < rounds; ++round) {
+  for (std::size_t round = 0; round < rounds; ++round) {
     harness.reset();
     Process writers = harness.program({});
     std::string script;

@@ -2,13 +2,11 @@
 // files in a folder of their own, other processes where it takes some.
 #include <algorithm>
 #include <climits>
-#include <csignal>
 #include <cstring>
 #include <dlfcn.h>
 #include <functional>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <tuple>
 #include <unistd.h>
@@ -355,23 +353,6 @@ TEST_F(TuningLibrary, NamesTheRightThatIsMissing) {
   const TnHandle nowhere = connect("file:" + (folder / "missing/store.db").string());
   EXPECT_EQ(TN_SUCCESS, TnGetLongValue(nowhere, kInteger, &current, TN_CURRENT_VALUE));
   EXPECT_EQ(TN_STORE_NO_FOLDER, TnSetLongValue(nowhere, kInteger, 5, TN_CURRENT_VALUE));
-}
-
-TEST_F(TuningLibrary, SurvivesAFullDisk) {
-  for (const bool isNew : {true, false}) {
-    // Up to a store's two pages: in its journal, and in the file when the change is completed.
-    for (const rlim_t bytes : {10U, 100U, 1024U, 4096U, 5000U, 8191U}) {
-      EXPECT_EQ(TN_STORE_FULL, inChild([&] {
-                  const rlimit limit{bytes, bytes};
-                  signal(SIGXFSZ, SIG_IGN);
-                  setrlimit(RLIMIT_FSIZE, &limit);
-                  return writeNow(6);
-                }))
-          << bytes;
-      EXPECT_EQ(isNew ? kDefault : 5, valueNow());
-    }
-    ASSERT_EQ(TN_SUCCESS, writeNow(5));
-  }
 }
 
 TEST_F(TuningLibrary, MakesNoFileUnderAPathThatIsTooLong) {
