@@ -81,6 +81,7 @@ TEST(PatroniApi, TellsFailuresApart) {
        {httpAnswer(302, "", "Location: http://127.0.0.1:1/\r\n")},
        TN_PATRONI_FOREIGN,
        TN_PATRONI_FOREIGN},
+      {" /", {"", true}, TN_PATRONI_FOREIGN, TN_PATRONI_OUTCOME_UNKNOWN},
       {" /", {httpAnswer(200, "<html>")}, TN_PATRONI_FOREIGN, TN_PATRONI_FOREIGN},
       {" /", {httpAnswer(200, "[1]")}, TN_PATRONI_FOREIGN, TN_PATRONI_FOREIGN},
       {" /", {endless + std::string(1 << 20, ' ')}, TN_PATRONI_FOREIGN, TN_PATRONI_FOREIGN},

@@ -169,9 +169,9 @@ bool PatroniEngine::isCurrent(const Setting& setting, const std::string& wanted)
 // True: the stored text gives the value that runs, which the server tells in other words.
 bool PatroniEngine::runsAs(const std::string& stored, const Setting& setting) {
   if (Snapshot::same(Snapshot::shown(stored, setting), setting.current, setting)) return true;
+  if (setting.type != TN_TYPE_STRING || setting.changeMayWait) return false;
   const auto& files = leadersFiles();
-  return files && setting.type == TN_TYPE_STRING && !setting.changeMayWait &&
-         !files->isOverridden(setting.name) && textByPatroni(setting) == stored;
+  return files && !files->isOverridden(setting.name) && textByPatroni(setting) == stored;
 }
 
 // Empty for none.

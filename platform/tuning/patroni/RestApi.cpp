@@ -132,7 +132,9 @@ TnStatus RestApi::whyNoAnswer(bool changing) {
       ask({http::Method::get, "/patroni", {}, {}, true}, Clock::now() + kPatienceForSignOfLife);
   if (http::member(reply.json, "patroni").is_object()) return TN_PATRONI_STORE_DOWN;
   if (changing) return TN_PATRONI_OUTCOME_UNKNOWN;
-  return reply.answer.failure == Failure::none ? TN_PATRONI_FOREIGN : TN_PATRONI_UNREACHABLE;
+  const Failure failure = reply.answer.failure;
+  const bool silent = failure == Failure::unreachable || failure == Failure::timeout;
+  return silent ? TN_PATRONI_UNREACHABLE : TN_PATRONI_FOREIGN;
 }
 
 Json RestApi::read(const char* path) {
