@@ -9,12 +9,12 @@
 #include "postgresql/Server.h"
 #include "tuning/postgresql/KnownSettings.h"
 
+namespace http = tn::http;
+
 namespace {
 
 constexpr char kPatroni[] = "/usr/bin/patroni";
 constexpr char kControl[] = "/usr/bin/patronictl";
-constexpr char kCurl[] = "/usr/bin/curl";
-constexpr char kLogin[] = "admin:right";
 
 template <typename Condition>
 void await(Condition const& holds, char const* what) {
@@ -30,9 +30,9 @@ std::string local(int port) { return "127.0.0.1:" + std::to_string(port); }
 }  // namespace
 
 std::string PatroniCluster::obstacle() {
-  for (char const* const program : {kPatroni, kControl, kCurl}) {
+  for (char const* const program : {kPatroni, kControl}) {
     if (access(program, X_OK) != 0) {
-      return std::string("there is no ") + program + " (patroni, python3-etcd, curl)";
+      return std::string("there is no ") + program + " (patroni, python3-etcd)";
     }
   }
   const std::string etcd = Cluster::obstacle();
@@ -110,14 +110,17 @@ void PatroniCluster::kill(std::size_t member) {
   await([&] { return ::kill(process, 0) != 0; }, "a server does not end");
 }
 
+http::Answer PatroniCluster::ask(std::size_t member, http::Request const& request) const {
+  http::Client client({endpoint(member)}, {{}, "admin", "right"});
+  return client.send(request, http::Clock::now() + std::chrono::seconds(5));
+}
+
 std::size_t PatroniCluster::leader() const {
   std::size_t found = kMembers;
   await(
       [&] {
         for (std::size_t member = 0; member < kMembers; ++member) {
-          const Outcome asked =
-              run({kCurl, "-sf", "-m", "2", "-o", "/dev/null", endpoint(member) + "/leader"});
-          if (asked.status == 0) found = member;
+          if (ask(member, {http::Method::get, "/leader"}).status == 200) found = member;
         }
         return found != kMembers;
       },
@@ -126,12 +129,12 @@ std::size_t PatroniCluster::leader() const {
 }
 
 void PatroniCluster::awaitMembers() const {
+  const std::string running = "\"running\"";
   for (std::size_t member = 0; member < kMembers; ++member) {
     await(
         [&] {
-          const Outcome asked = run({kCurl, "-sf", "-m", "2", endpoint(member) + "/cluster"});
-          return asked.status == 0 &&
-                 asked.out.find("\"running\"") != asked.out.rfind("\"running\"");
+          const std::string told = ask(member, {http::Method::get, "/cluster"}).body;
+          return told.find(running) != told.rfind(running);
         },
         "a member does not run");
   }
@@ -172,9 +175,7 @@ nlohmann::json PatroniCluster::configuration() const {
 }
 
 void PatroniCluster::configure(std::string const& patch) const {
-  const Outcome done =
-      run({kCurl, "-sf", "-u", kLogin, "-X", "PATCH", "-d", patch, endpoint(0) + "/config"});
-  EXPECT_EQ(0, done.status) << patch << done.err;
+  EXPECT_EQ(200, ask(0, {http::Method::patch, "/config", patch}).status) << patch;
 }
 
 Process PatroniCluster::knob(std::size_t member, std::vector<std::string> arguments) const {

@@ -12,6 +12,7 @@
 #include "support/Daemon.h"
 #include "support/Process.h"
 #include "support/TempFolder.h"
+#include "tuning/http/Client.h"
 
 class PatroniCluster {
  public:
@@ -56,6 +57,7 @@ class PatroniCluster {
   };
   std::string file(std::size_t member, std::string const& name) const;
   void configureMember(std::size_t member) const;
+  tn::http::Answer ask(std::size_t member, tn::http::Request const& request) const;
   Outcome run(std::vector<std::string> arguments) const;
   pid_t server(std::size_t member) const;
 

@@ -81,6 +81,7 @@ TEST(PatroniApi, TellsFailuresApart) {
        {httpAnswer(302, "", "Location: http://127.0.0.1:1/\r\n")},
        TN_PATRONI_FOREIGN,
        TN_PATRONI_FOREIGN},
+      {" /", {"", true}, TN_PATRONI_FOREIGN, TN_PATRONI_OUTCOME_UNKNOWN},
       {" /", {httpAnswer(200, "<html>")}, TN_PATRONI_FOREIGN, TN_PATRONI_FOREIGN},
       {" /", {httpAnswer(200, "[1]")}, TN_PATRONI_FOREIGN, TN_PATRONI_FOREIGN},
       {" /", {endless + std::string(1 << 20, ' ')}, TN_PATRONI_FOREIGN, TN_PATRONI_FOREIGN},
@@ -89,9 +90,10 @@ TEST(PatroniApi, TellsFailuresApart) {
   for (Trouble const& trouble : troubles) {
     SCOPED_TRACE(trouble.path + trouble.reply.bytes.substr(0, 80));
     const HttpDouble member(troubled(trouble));
-    RestApi api(Address::parse("patroni://" + member.address()));
+    const Address address = Address::parse("patroni://" + member.address());
+    RestApi api(address);
     EXPECT_EQ(trouble.reading, statusOf([&] { api.members(), api.configuration(); }));
-    EXPECT_EQ(trouble.changing, statusOf([&] { api.change({{"a", 1}}); }));
+    EXPECT_EQ(trouble.changing, statusOf([&] { RestApi(address).change({{"a", 1}}); }));
   }
   const std::string nobody = "127.0.0.1:" + std::to_string(freePort());
   EXPECT_EQ(TN_PATRONI_UNREACHABLE,

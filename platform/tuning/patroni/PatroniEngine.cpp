@@ -20,13 +20,12 @@ using postgresql::Snapshot;
 constexpr std::chrono::seconds kPatienceAtFirst{10};
 constexpr std::chrono::seconds kPatienceForNewLeader{30};
 constexpr std::chrono::seconds kPatienceForFiles{5};
+constexpr std::chrono::seconds kOutage{10};
 constexpr std::chrono::milliseconds kPause{250};
 
 // What a server says while it becomes the leader, or was it until a moment ago.
 constexpr TnStatus kPassing[] = {TN_SERVER_UNREACHABLE, TN_SERVER_NOT_READY, TN_CONNECTION_LOST,
-                                 TN_PATRONI_STORE_DOWN, TN_PATRONI_UNREACHABLE};
-
-constexpr char kHidden[] = "The cluster's configuration cannot be read at the moment.";
+                                 TN_PATRONI_UNREACHABLE};
 
 bool isPassing(const TuningError& error) {
   return std::ranges::find(kPassing, error.status()) != std::end(kPassing);
@@ -34,6 +33,10 @@ bool isPassing(const TuningError& error) {
 
 bool hasLeader(const Members& members) {
   return std::ranges::any_of(members, [](const Member& m) { return m.leader && !m.host.empty(); });
+}
+
+std::string joined(const std::string& sentence, const std::string& another) {
+  return sentence + (sentence.empty() || another.empty() ? "" : " ") + another;
 }
 
 // A whole number can stand in the configuration as one.
@@ -119,8 +122,22 @@ const std::optional<MemberFiles>& PatroniEngine::leadersFiles() {
   return leadersFiles_;
 }
 
-// The leader of the moment may be one that is gone: then the cluster does not know it yet.
+// For a while after no leader was found this fails at once: an import is told for each setting
+// without waiting for each.
 void PatroniEngine::goToLeader() {
+  if (leaderless_ != TN_SUCCESS && Clock::now() < leaderlessEnd_) throw TuningError(leaderless_);
+  try {
+    findLeader();
+    leaderless_ = TN_SUCCESS;
+  } catch (const TuningError& error) {
+    leaderless_ = error.status();
+    leaderlessEnd_ = Clock::now() + kOutage;
+    throw;
+  }
+}
+
+// The leader of the moment may be one that is gone: then the cluster does not know it yet.
+void PatroniEngine::findLeader() {
   cluster_.api->alsoAsk(cluster_.members);
   const auto deadline = Clock::now() + kPatienceForNewLeader;
   for (;; std::this_thread::sleep_for(kPause)) {
@@ -169,9 +186,9 @@ bool PatroniEngine::isCurrent(const Setting& setting, const std::string& wanted)
 // True: the stored text gives the value that runs, which the server tells in other words.
 bool PatroniEngine::runsAs(const std::string& stored, const Setting& setting) {
   if (Snapshot::same(Snapshot::shown(stored, setting), setting.current, setting)) return true;
+  if (setting.type != TN_TYPE_STRING || setting.changeMayWait) return false;
   const auto& files = leadersFiles();
-  return files && setting.type == TN_TYPE_STRING && !setting.changeMayWait &&
-         !files->isOverridden(setting.name) && textByPatroni(setting) == stored;
+  return files && !files->isOverridden(setting.name) && textByPatroni(setting) == stored;
 }
 
 // Empty for none.
@@ -241,20 +258,28 @@ std::string PatroniEngine::description(int32_t settingId) {
 
 // Where the value comes from, unless that is the plain case: the default, or what the server was
 // configured with before it was the cluster's.
-std::string PatroniEngine::origin(const Setting& setting) try {
-  if (configurationHidden_) return kHidden;
+std::string PatroniEngine::origin(const Setting& setting) {
   if (Rules::isPatronisOwn(setting.name)) return "Patroni sets it on every member.";
+  if (isConfigurationHidden()) return "The cluster's configuration cannot be read at the moment.";
   const auto stored = configuration().parameter(setting.name);
-  const std::string waits = setting.changeMayWait ? " A change waits for a restart." : "";
-  if (!stored) return hindranceOnLeader(setting) + waits;
+  const std::string waits = setting.changeMayWait ? "A change waits for a restart." : "";
+  if (!stored) return joined(hindranceOnLeader(setting), waits);
   if (runsAs(*stored, setting)) return "Set in the cluster's configuration.";
   const std::string set =
       "Set to " + Snapshot::shown(*stored, setting) + " in the cluster's configuration.";
-  return set + (waits.empty() ? ' ' + hindranceOnLeader(setting) : waits);
-} catch (const TuningError& error) {
-  if (error.status() != TN_PATRONI_CONFIG_NOT_READABLE) throw;
-  configurationHidden_ = true;
-  return kHidden;
+  return joined(set, waits.empty() ? hindranceOnLeader(setting) : waits);
+}
+
+// Settings are shown all the same.
+bool PatroniEngine::isConfigurationHidden() {
+  if (configurationHidden_) return true;
+  try {
+    configuration();
+  } catch (const TuningError& error) {
+    if (error.status() != TN_PATRONI_CONFIG_NOT_READABLE) throw;
+    configurationHidden_ = true;
+  }
+  return configurationHidden_;
 }
 
 std::string PatroniEngine::hindranceOnLeader(const Setting& setting) {

@@ -12,6 +12,7 @@
 #ifndef KNOB_PATRONI_PATRONI_ENGINE_H
 #define KNOB_PATRONI_PATRONI_ENGINE_H
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -63,9 +64,11 @@ class PatroniEngine final : public postgresql::PostgresReader {
   void write(const Change& change);
   void awaitFollowers();
   void goToLeader();
+  void findLeader();
   Configuration& configuration();
   Followers& followers();
   const std::optional<MemberFiles>& leadersFiles();
+  bool isConfigurationHidden();
   std::string origin(const postgresql::Setting& setting);
   std::string hindranceOnLeader(const postgresql::Setting& setting);
 
@@ -76,8 +79,10 @@ class PatroniEngine final : public postgresql::PostgresReader {
   bool configurationHidden_ = false;
   bool filesRead_ = false;
   std::vector<Change> unfollowed_{};  // stored, and not known to have reached every member
-  bool begun_ = false;                // a change of this run was stored
-  bool stale_ = false;                // the snapshot is of before a change
+  TnStatus leaderless_ = TN_SUCCESS;  // why no leader was found the last time
+  std::chrono::steady_clock::time_point leaderlessEnd_{};
+  bool begun_ = false;  // a change of this run was stored
+  bool stale_ = false;  // the snapshot is of before a change
 };
 
 }  // namespace tn::patroni

@@ -43,6 +43,9 @@ constexpr Meaning kMeanings[] = {
 
 constexpr std::string_view kRunningStates[] = {"running", "streaming", "in archive recovery"};
 
+constexpr TnStatus kOutages[] = {TN_PATRONI_STORE_DOWN, TN_PATRONI_UNREACHABLE,
+                                 TN_PATRONI_OUTCOME_UNKNOWN, TN_PATRONI_CONFIG_NOT_READABLE};
+
 http::Options optionsOf(const Address& address) {
   http::Options options;
   options.tls = address.tls;
@@ -70,11 +73,6 @@ Member memberOf(const Json& entry) {
   member.leader = role == "leader" || role == "standby_leader";
   member.running = std::ranges::find(kRunningStates, state) != std::end(kRunningStates);
   return member;
-}
-
-bool isStoresOwn(TnStatus status) {
-  return status == TN_PATRONI_STORE_DOWN || status == TN_PATRONI_UNREACHABLE ||
-         status == TN_PATRONI_OUTCOME_UNKNOWN;
 }
 
 }  // namespace
@@ -132,7 +130,9 @@ TnStatus RestApi::whyNoAnswer(bool changing) {
       ask({http::Method::get, "/patroni", {}, {}, true}, Clock::now() + kPatienceForSignOfLife);
   if (http::member(reply.json, "patroni").is_object()) return TN_PATRONI_STORE_DOWN;
   if (changing) return TN_PATRONI_OUTCOME_UNKNOWN;
-  return reply.answer.failure == Failure::none ? TN_PATRONI_FOREIGN : TN_PATRONI_UNREACHABLE;
+  const Failure failure = reply.answer.failure;
+  const bool silent = failure == Failure::unreachable || failure == Failure::timeout;
+  return silent ? TN_PATRONI_UNREACHABLE : TN_PATRONI_FOREIGN;
 }
 
 Json RestApi::read(const char* path) {
@@ -153,19 +153,19 @@ Members RestApi::members() {
 }
 
 Configuration RestApi::configuration() {
+  failAtOnceDuringOutage();
   try {
     return Configuration(read("/config"));
   } catch (const TuningError& error) {
-    if (error.status() != TN_PATRONI_STORE_DOWN) throw;
+    if (error.status() != TN_PATRONI_STORE_DOWN) giveUp(error.status());
   }
   const Reply cluster =
       ask({http::Method::get, "/cluster", {}, {}, true}, Clock::now() + kPatienceForSignOfLife);
-  throw TuningError(statusOf(cluster) == TN_SUCCESS ? TN_PATRONI_CONFIG_NOT_READABLE
-                                                    : TN_PATRONI_STORE_DOWN);
+  giveUp(statusOf(cluster) == TN_SUCCESS ? TN_PATRONI_CONFIG_NOT_READABLE : TN_PATRONI_STORE_DOWN);
 }
 
 Configuration RestApi::change(const Json& change) {
-  if (outage_ != TN_SUCCESS && Clock::now() < outageEnd_) throw TuningError(outage_);
+  failAtOnceDuringOutage();
   const std::string body = http::toText(change);
   // Bytes that are no text were replaced.
   if (http::parseJson(body) != change) throw TuningError(TN_VALUE_REFUSED);
@@ -180,8 +180,15 @@ Configuration RestApi::change(const Json& change) {
     if (status == TN_SUCCESS) return Configuration(reply.json);
     if (status == TN_PATRONI_CONFLICT) std::this_thread::sleep_for(kPause);
   }
-  if (status == TN_PATRONI_STORE_DOWN) status = whyNoAnswer(true);
-  if (isStoresOwn(status)) {
+  giveUp(status == TN_PATRONI_STORE_DOWN ? whyNoAnswer(true) : status);
+}
+
+void RestApi::failAtOnceDuringOutage() const {
+  if (outage_ != TN_SUCCESS && Clock::now() < outageEnd_) throw TuningError(outage_);
+}
+
+void RestApi::giveUp(TnStatus status) {
+  if (std::ranges::find(kOutages, status) != std::end(kOutages)) {
     outage_ = status;
     outageEnd_ = Clock::now() + kOutage;
   }

@@ -4,6 +4,10 @@
 // A member whose Patroni cannot reach its distributed store answers some requests with a failure of
 // its own after a while, or not at all, and others as ever: that is how a store that is down is
 // told from members that are.
+//
+// For a while after the configuration could not be had or changed for such a reason, further
+// attempts fail at once with the same status: whoever makes many of them is told for each without
+// waiting for each.
 #ifndef KNOB_PATRONI_REST_API_H
 #define KNOB_PATRONI_REST_API_H
 
@@ -32,9 +36,6 @@ class RestApi {
   // Makes a change to the configuration; the answer is the new one. One that failed was not made,
   // but for TN_PATRONI_OUTCOME_UNKNOWN and TN_PATRONI_STORE_DOWN. Where somebody else changes the
   // configuration at the same time it tries again, 10 s at most.
-  //
-  // For a while after the cluster could not take a change further ones fail at once with the same
-  // status: whoever makes many of them is told for each without waiting for each.
   Configuration change(const http::Json& change);
 
  private:
@@ -44,6 +45,8 @@ class RestApi {
   http::Json read(const char* path);
   TnStatus statusOf(const Reply& reply);
   TnStatus whyNoAnswer(bool changing);
+  void failAtOnceDuringOutage() const;
+  [[noreturn]] void giveUp(TnStatus status);
 
   Address address_;
   http::Client client_;
