@@ -76,14 +76,17 @@ nlohmann::ordered_json orNull(const std::optional<std::string>& value) {
 
 }  // namespace
 
-std::string Report::table(const Differences& differences, const Sides& sides, bool colored) {
+std::string Report::table(const Differences& differences, const std::string& a,
+                          const std::string* b, bool colored) {
   if (differences.empty()) return {};
-  std::vector<Row> rows = {{"ID", "Setting", printable(sides.a), printable(sides.b)}};
+  std::string text = "A: " + printable(a) + "\n";
+  if (b != nullptr) text += "B: " + printable(*b) + "\n";
+  text += '\n';
+  std::vector<Row> rows = {{"ID", "Setting", "A", b == nullptr ? "Default" : "B"}};
   for (const Difference& difference : differences) {
     rows.push_back({std::to_string(difference.id), printable(difference.name), cell(difference.a),
                     cell(difference.b)});
   }
-  std::string text;
   for (const Row& row : rows) {
     for (size_t column = 0; column < row.size(); ++column) {
       const bool marked = colored && &row != &rows.front() && *kColors[column] != '\0';

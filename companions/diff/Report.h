@@ -12,13 +12,10 @@ namespace diff {
 
 class Report {
  public:
-  // The names of the two columns of values.
-  struct Sides {
-    std::string a, b;
-  };
-
-  // Nothing when nothing differs. `colored` marks the two values with terminal escapes.
-  static std::string table(const Differences& differences, const Sides& sides, bool colored);
+  // Nothing when nothing differs. `b` is null where the defaults stand in the second side's place.
+  // `colored` marks the two values with terminal escapes.
+  static std::string table(const Differences& differences, const std::string& a,
+                           const std::string* b, bool colored);
   // The second side's name is null where the defaults stand in its place.
   static std::string json(const Differences& differences, const std::string& a,
                           const std::string* b);

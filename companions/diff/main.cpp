@@ -52,17 +52,14 @@ std::string inForm(const Arguments& arguments, const std::vector<Side>& sides,
                    const Differences& differences, const Tags& tags) {
   const Side& a = sides.front();
   const Side& b = sides.back();
-  if (arguments.form == Form::json) {
-    return Report::json(differences, a.shown, arguments.changed ? nullptr : &b.shown);
-  }
+  const std::string* const second = arguments.changed ? nullptr : &b.shown;
+  if (arguments.form == Form::json) return Report::json(differences, a.shown, second);
   if (arguments.form == Form::settingsFile) {
     const Report::Carried carried = Report::settingsFile(differences, tags);
     std::fputs(carried.remaining.c_str(), stderr);
     return carried.file;
   }
-  const Report::Sides columns =
-      arguments.changed ? Report::Sides{a.shown, "Default"} : Report::Sides{a.shown, b.shown};
-  return Report::table(differences, columns, colored());
+  return Report::table(differences, a.shown, second, colored());
 }
 
 int run(int argc, char** argv) {
