@@ -1,4 +1,4 @@
-// knob, knob-catalogue and a service in C on registries over SQLite files.
+// knob and knob-catalogue on registries over SQLite files.
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 #include <tuple>
@@ -89,24 +89,6 @@ TEST_F(Registry, IsShownAndChangedLikeAnyEngine) {
   EXPECT_EQ(readFile(folder / "orders.db").substr(0, 6), "SQLite") << "not beside the catalogue";
 }
 
-TEST_F(Registry, CarriesItsValuesToAnother) {
-  for (const Words& words : {Words{"1001", "77"},
-                             {"2001", "closed"},
-                             {"2002", "3", "1"},
-                             {"2004", "Thank you :)"},
-                             {"74", "a,b"}}) {
-    ASSERT_EQ(run(words).status, 0);
-  }
-  ASSERT_EQ(run({"-O", folder / "first.txt"}).status, 0);
-  ASSERT_EQ(run({"-O", folder / "first.json", "-JSON"}).status, 0);
-  std::filesystem::remove(folder / "orders.db");
-  const Outcome import = run({"-I", folder / "first.txt"});
-  EXPECT_TRUE(import.status == 0 && import.err.empty()) << import.err;
-  ASSERT_EQ(run({"-O", folder / "second.json", "-JSON"}).status, 0);
-  EXPECT_EQ(readFile(folder / "first.json"), readFile(folder / "second.json"));
-  EXPECT_EQ(kept(2002), "3 1");
-}
-
 TEST_F(Registry, OutlivesEditionsOfItsCatalogue) {
   ASSERT_EQ(run({"1001", "400"}).status, 0);
   ASSERT_EQ(run({"1002", "5"}).status, 0);
@@ -151,17 +133,6 @@ TEST_F(Registry, OpensNothingWithACatalogueThatIsWrong) {
   expectPart(run({"1001", "30"}).err, "7702: ");
   EXPECT_FALSE(std::filesystem::exists(folder / "orders.db"));
   expectPart(knob(folder.path(), {"1001", "-S", "registry:"}).run().err, "7104: ");
-}
-
-TEST_F(Registry, IsReadByAServiceInC) {
-  EXPECT_EQ(beside("read-settings", {"registry:orders.toml"}).out,
-            "pool of 20, orders open, \"Thank you for your order.\"\n");
-  ASSERT_EQ(run({"1001", "33"}).status + run({"2001", "closed"}).status, 0);
-  EXPECT_EQ(beside("read-settings", {"registry:orders.toml"}).out,
-            "pool of 33, orders closed, \"Thank you for your order.\"\n");
-  const Outcome none = beside("read-settings", {"registry:none.toml"});
-  EXPECT_EQ(none.status, 1);
-  EXPECT_EQ(none.err, "The settings cannot be read: status 7701\n");
 }
 
 TEST_F(Registry, LoadsNoMoreThanItNeeds) {
