@@ -256,15 +256,5 @@ TEST(CatalogueFile, TakesAnyFileWithoutWaitingOrEnding) {
   EXPECT_EQ(inChild(read, kNobody), TN_CATALOGUE_NOT_READABLE);
 }
 
-// Cut anywhere, it is a catalogue or tells what is wrong.
-TEST(CatalogueFile, NeverGivesACatalogueAndFaults) {
-  const TempFolder folder;
-  for (size_t size = 0; size < kSound.size(); ++size) {
-    writeFile(folder / "cut", kSound.substr(0, size));
-    const CatalogueFile file = readCatalogueFile(folder / "cut");
-    EXPECT_EQ(file.faults.empty(), file.catalogue != nullptr) << size;
-  }
-}
-
 }  // namespace
 }  // namespace tn::cataloguefile
