@@ -95,6 +95,7 @@ TEST_F(Etcd, KeepsEveryByte) {
 
 TEST_F(Etcd, LosesNoChangeOfManyProcesses) {
   std::vector<std::thread> threads;
+  threads.reserve(20);
   for (int i = 0; i < 20; ++i) {
     threads.emplace_back([&, i] { EXPECT_EQ(0, knob({"25", std::to_string(100 + i)}).status); });
   }

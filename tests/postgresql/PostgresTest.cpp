@@ -421,6 +421,7 @@ class Pooler {
     EXPECT_EQ(0, run.status) << run.err;
     // As many server processes as there are sessions at one time.
     std::vector<std::thread> sessions;
+    sessions.reserve(3);
     for (int i = 0; i < 3; ++i) {
       sessions.emplace_back([this] {
         EXPECT_EQ(0, server.run({"/usr/bin/psql", "-XAtqc", "SELECT pg_sleep(0.5)", uri()}).status);
