@@ -1,12 +1,13 @@
 // Completion in a real bash and a real zsh. A line is completed and then shown by the shell itself:
 // two keys put "echo" in front of it and run it.
-#include <chrono>
+#include <csignal>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
+#include <poll.h>
+#include <pty.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
-#include "companions/Terminal.h"
+#include "http/HttpDouble.h"
 #include "postgresql/Server.h"
 #include "support/Process.h"
 #include "support/TempFolder.h"
@@ -17,18 +18,58 @@ const std::string kCompletions = std::string(KNOB_SOURCE_DIR) + "/share/completi
 // Keys: to the beginning of the line, "print it", return. Single quotes keep what was completed.
 constexpr char kShowLine[] = "\x01printf '<%s>' \r";
 
+// An interactive shell on a pseudo-terminal, driven by keys as a person drives it.
+class Terminal {
+ public:
+  Terminal(std::string const& command, std::map<std::string, std::string> const& environment) {
+    winsize size{50, 200, 0, 0};
+    shell_ = forkpty(&terminal_, nullptr, nullptr, &size);
+    if (shell_ != 0) return;
+    clearenv();
+    for (auto const& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
+    execl("/bin/sh", "sh", "-c", ("exec " + command).c_str(), nullptr);
+    _exit(127);
+  }
+  ~Terminal() {
+    close(terminal_);
+    kill(shell_, SIGKILL);
+    waitpid(shell_, nullptr, 0);
+  }
+  Terminal(Terminal const&) = delete;
+  Terminal& operator=(Terminal const&) = delete;
+
+  void type(std::string const& keys) const { (void)!write(terminal_, keys.data(), keys.size()); }
+  // What came out since the last wait, up to and with the text; everything when the text does not
+  // come within ten seconds.
+  std::string waitFor(std::string const& text) {
+    std::size_t end = 0;
+    while ((end = seen_.find(text)) == std::string::npos) {
+      pollfd waiting{terminal_, POLLIN, 0};
+      char piece[4096];
+      if (poll(&waiting, 1, 10'000) <= 0) return seen_;
+      const ssize_t count = read(terminal_, piece, sizeof piece);
+      if (count <= 0) return seen_;
+      seen_.append(piece, static_cast<std::size_t>(count));
+    }
+    std::string before = seen_.substr(0, end + text.size());
+    seen_.erase(0, end + text.size());
+    return before;
+  }
+
+ private:
+  int terminal_ = -1;
+  pid_t shell_ = -1;
+  std::string seen_{};
+};
+
 struct Shell {
-  std::string program;
-  std::vector<std::string> arguments;
-  std::string setUp;
+  std::string program, options, setUp;
 };
 
 std::vector<Shell> shells() {
-  return {{"/bin/bash",
-           {"--norc", "--noprofile", "-i"},
+  return {{"/bin/bash", " --norc --noprofile -i",
            "source " + kCompletions + "/knob.bash; source " + kCompletions + "/knob-diff.bash"},
-          {"/usr/bin/zsh",
-           {"-f", "-i"},
+          {"/usr/bin/zsh", " -f -i",
            "fpath=(" + kCompletions + " $fpath); autoload -U compinit; compinit -u -D"}};
 }
 
@@ -40,14 +81,13 @@ class Completion : public testing::TestWithParam<Shell> {
     }
     run({"-S", store, "15", "1"});
     run({"-S", store, "74", "$(touch " + (home / "evaluated") + ") 'x"});
-    std::vector<std::string> command = {GetParam().program};
-    command.insert(command.end(), GetParam().arguments.begin(), GetParam().arguments.end());
     terminal = std::make_unique<Terminal>(
-        command, std::map<std::string, std::string>{{"HOME", home.path()},
-                                                    {"XDG_STATE_HOME", home / "state"},
-                                                    {"PATH", programFolder() + ":/usr/bin:/bin"},
-                                                    {"TERM", "dumb"},
-                                                    {"A", store}});
+        GetParam().program + GetParam().options,
+        std::map<std::string, std::string>{{"HOME", home.path()},
+                                           {"XDG_STATE_HOME", home / "state"},
+                                           {"PATH", programFolder() + ":/usr/bin:/bin"},
+                                           {"TERM", "dumb"},
+                                           {"A", store}});
     terminal->type(GetParam().setUp + "; PS1=; echo rea''dy\r");
     terminal->waitFor("ready\r\n");
   }
@@ -115,18 +155,9 @@ TEST_P(Completion, ShowsSeveralAndLeavesTheWord) {
 }
 
 TEST_P(Completion, GivesThePromptBackWhenTheServerIsSilent) {
-  const int listener = socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t size = sizeof address;
-  ASSERT_EQ(0, bind(listener, reinterpret_cast<sockaddr*>(&address), size));
-  ASSERT_EQ(0, listen(listener, 8));
-  getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size);
-  const std::string server =
-      "postgresql://u:pw@127.0.0.1:" + std::to_string(ntohs(address.sin_port));
+  const HttpDouble silent([](std::string const&) { return Reply{}; });
+  const std::string server = "postgresql://u:pw@" + silent.address();
   EXPECT_EQ("<knob><-S><" + server + "><work>", completed("knob -S " + server + " work\t"));
-  close(listener);
 }
 
 INSTANTIATE_TEST_SUITE_P(Shells, Completion, testing::ValuesIn(shells()),

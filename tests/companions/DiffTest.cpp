@@ -19,9 +19,7 @@ class Diff : public testing::Test {
 
   static std::string store(std::string const& name) { return "file:" + name + ".db"; }
   Outcome knobRun(std::vector<std::string> arguments) const {
-    Process process = knob(home.path(), std::move(arguments));
-    process.folder = home.path();
-    return process.run();
+    return process(std::move(arguments), "").run();
   }
   void set(std::string const& name, std::string const& id, std::string const& value) const {
     EXPECT_EQ(0, knobRun({"-S", store(name), id, value}).status);
@@ -36,9 +34,9 @@ class Diff : public testing::Test {
     writeFile(home / "written", content);
     return "written";
   }
-  Process process(std::vector<std::string> arguments) const {
+  Process process(std::vector<std::string> arguments, char const* companion = "-diff") const {
     Process process = knob(home.path(), std::move(arguments));
-    process.arguments[0] += "-diff";
+    process.arguments[0] += companion;
     process.folder = home.path();
     return process;
   }

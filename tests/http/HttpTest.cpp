@@ -29,14 +29,13 @@ std::string endpoint(HttpDouble const& server) { return "http://" + server.addre
 TEST(Http, TellsFailuresApart) {
   const std::string head = "HTTP/1.1 200 OK\r\n";
   const std::string large(kLargest + 1, 'x');
-  struct Case {
+  const struct {
     std::string name;
     Reply reply;
     Failure failure;
     long status = 0;
     std::string body{};
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"answer", {httpAnswer(200, "{}")}, Failure::none, 200, "{}"},
       {"error", {httpAnswer(503, "no leader")}, Failure::none, 503, "no leader"},
       {"chunks",
@@ -61,7 +60,7 @@ TEST(Http, TellsFailuresApart) {
        Failure::cut},
       {"not HTTP", {"220 mail.example ESMTP\r\n", true}, Failure::cut},
   };
-  for (Case const& c : cases) {
+  for (auto const& c : cases) {
     SCOPED_TRACE(c.name);
     const HttpDouble server([&](std::string const&) { return c.reply; });
     Client client({endpoint(server)}, quick());
@@ -71,15 +70,14 @@ TEST(Http, TellsFailuresApart) {
     EXPECT_TRUE(c.body == answer.body) << answer.body.size();
     EXPECT_EQ(1U, server.requests().size());
   }
-  EXPECT_EQ(Failure::unreachable, Client({refusing()}).send({Method::get, "/"}, soon()).failure);
-  EXPECT_EQ(Failure::unreachable,
-            Client({"http://no-such-host.invalid:1"}).send({Method::get, "/"}, soon()).failure);
   const HttpDouble plain([](std::string const&) { return Reply{httpAnswer(200, "")}; });
   Options options;
   options.tls.authority = "/nonexistent.pem";
-  EXPECT_EQ(
-      Failure::tls,
-      Client({"https://" + plain.address()}, options).send({Method::get, "/"}, soon()).failure);
+  for (auto const& [address, failure] : {std::pair{refusing(), Failure::unreachable},
+                                         {"http://no-such-host.invalid:1", Failure::unreachable},
+                                         {"https://" + plain.address(), Failure::tls}}) {
+    EXPECT_EQ(failure, Client({address}, options).send({Method::get, "/"}, soon()).failure);
+  }
 }
 
 TEST(Http, SendsWhatWasAskedForAndNothingOfTheEnvironment) {

@@ -56,19 +56,25 @@ TEST_F(InstalledTree, FindsItsLibraryModulesAndTexts) {
   }
 }
 
-TEST_F(InstalledTree, LetsAProgramInCReadASetting) {
+TEST_F(InstalledTree, LetsAServiceInCReadItsSettings) {
   const Outcome build =
       shell("export PKG_CONFIG_PATH=" + tree +
                 KNOB_LIBDIR "/pkgconfig\n" KNOB_CC " -Wall -Wextra -Wpedantic -Werror -o " +
                 folder.path() + "/reader " + kSource +
-                "/tests/install/read_setting.c $(pkg-config --cflags --libs tn) "
+                "/examples/read-settings.c $(pkg-config --cflags --libs tn) "
                 "-Wl,-rpath,$(pkg-config --variable=libdir tn)",
             folder.path());
   ASSERT_EQ(0, build.status) << build.out << build.err;
-  const std::string store = "file:" + folder.path() + "/store.db";
-  ASSERT_EQ(0, shell(program + " 25 9 -S " + store, folder.path()).status);
-  const Outcome run = shell(folder.path() + "/reader " + store, folder.path());
-  EXPECT_EQ("9\n", run.out) << run.err;
+  fs::copy_file(kSource + "/examples/orders.toml", folder / "orders.toml");
+  const std::string registry = "registry:" + folder / "orders.toml";
+  const std::string read = folder.path() + "/reader " + registry;
+  EXPECT_EQ("pool of 20, orders open, \"Thank you for your order.\"\n",
+            shell(read, folder.path()).out);
+  const std::string set = program + " -S " + registry;
+  ASSERT_EQ(0, shell(set + " 1001 33; " + set + " 2001 closed", folder.path()).status);
+  EXPECT_EQ("pool of 33, orders closed, \"Thank you for your order.\"\n",
+            shell(read, folder.path()).out);
+  EXPECT_EQ("The settings cannot be read: status 7701\n", shell(read + "x", folder.path()).err);
 }
 
 TEST(Pages, ShowTheVersionThatTheProgramTells) {

@@ -81,16 +81,6 @@ void write(char const* content, std::string const& language = "") {
   inChild([&] { return writeFile(path(language), content), 0; });
 }
 
-TEST_F(Bundle, GivesTheFirstTextThatIsAccepted) {
-  language = kz::i18n::Locale("de_DE");
-  writeFile(path("_de_DE"), "KEY=no");
-  writeFile(path("_de"), "KEY=yes, in German");
-  writeFile(path(), "KEY=yes\nBASE=no");
-  const auto accepts = [](kz::String const& text) { return text.charAt(0) == L'y'; };
-  EXPECT_EQ(bundle()->getString("KEY", accepts).getBytes(), "yes, in German");
-  EXPECT_THROW(bundle()->getString("BASE", accepts), kz::Exception);
-}
-
 TEST_F(Bundle, IsSeenAsItIsNowAndNotReadAgainWithoutNeed) {
   language = kz::i18n::Locale("de");
   const std::pair<std::function<void()>, char const*> steps[] = {

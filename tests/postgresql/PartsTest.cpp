@@ -15,6 +15,7 @@
 #include "tuning/postgresql/CommandLine.h"
 #include "tuning/postgresql/KnownSettings.h"
 #include "tuning/postgresql/NameList.h"
+#include "tuning/postgresql/NewValue.h"
 #include "tuning/postgresql/SettingGroups.h"
 #include "tuning/postgresql/SettingIds.h"
 #include "tuning/postgresql/SettingText.h"
@@ -29,9 +30,8 @@ using Names = NameList::Names;
 TEST(NameList, ReadsWhatPeopleAndServersWrite) {
   struct Case {
     std::string text;
-    std::optional<Names> ofPerson;
-    std::optional<Names> ofServer;  // as identifiers
-    std::string shown;              // of the person's
+    std::optional<Names> ofPerson, ofServer;  // as identifiers
+    std::string shown;                        // of the person's
   };
   const Case cases[] = {
       {"", Names{}, Names{}, ""},
@@ -62,19 +62,14 @@ TEST(NameList, ReadsWhatPeopleAndServersWrite) {
 TEST(ValueText, ReadsNumbersAsTheServerDoes) {
   using Value = std::optional<int32_t>;
   struct Case {
-    std::string text;
-    std::string unit;
-    Value refused;  // where a fraction is
-    Value rounded;
+    std::string text, unit;
+    Value refused, rounded;  // where a fraction is
   };
   const Case cases[] = {
       {"7MB", "kB", 7168, 7168},
       {"  7 MB ", "kB", 7168, 7168},
-      {"7mb", "kB", {}, {}},
       {"7MB", "ms", {}, {}},
       {"7MB", "", {}, {}},
-      {"12MB34", "kB", {}, {}},
-      {"1 GB x", "kB", {}, {}},
       {"128MB", "8kB", 16384, 16384},
       {"804kB", "8kB", 100, 100},
       {"901120B", "8kB", 110, 110},
@@ -87,7 +82,6 @@ TEST(ValueText, ReadsNumbersAsTheServerDoes) {
       {"2560kB", "MB", 2, 2},
       {"3584kB", "MB", 3, 4},
       {"1TB", "kB", 1073741824, 1073741824},
-      {"2TB", "kB", {}, {}},
       {"1h", "s", 3600, 3600},
       {"1500ms", "s", 1, 2},
       {"2500ms", "s", 2, 2},
@@ -106,30 +100,16 @@ TEST(ValueText, ReadsNumbersAsTheServerDoes) {
       {"-0.6", "ms", {}, -1},
       {"-0", "ms", 0, 0},
       {"+700", "kB", 700, 700},
-      {"+-700", "kB", {}, {}},
-      {"--7", "kB", {}, {}},
-      {"0-5", "kB", {}, {}},
-      {"08", "", {}, {}},
       {"010", "", 8, 8},
       {"-010", "", -8, -8},
       {"010.5", "", {}, 10},
       {"0x1e5", "kB", 485, 485},
       {"-0x1", "", -1, -1},
       {"0x40.8p1", "kB", {}, 129},
-      {"0x", "", {}, {}},
       {"1e5", "kB", {}, 100000},
       {"1E3kB", "kB", {}, 1000},
-      {"1e", "", {}, {}},
-      {"1_000", "kB", {}, {}},
-      {"infinity", "kB", {}, {}},
       {"3000000000", "ms", {}, {}},
       {"3000000000B", "kB", {}, 2929688},
-      {"99999999999999999999B", "kB", {}, {}},
-      {"-0-1000000000000000000000", "kB", {}, {}},
-      {"-9223372036854775808", "kB", {}, {}},
-      {"", "", {}, {}},
-      {"-", "", {}, {}},
-      {"x", "", {}, {}},
   };
   for (Case const& c : cases) {
     EXPECT_EQ(c.refused, ValueText::integer(c.text, c.unit, ValueText::Fractions::refused))
@@ -137,26 +117,29 @@ TEST(ValueText, ReadsNumbersAsTheServerDoes) {
     EXPECT_EQ(c.rounded, ValueText::integer(c.text, c.unit, ValueText::Fractions::rounded))
         << c.text;
   }
-  struct Real {
-    std::string text;
-    std::string unit;
-    std::string shown;  // empty: not a value
-  };
-  const Real reals[] = {{"100us", "ms", "0.1"},
-                        {"0.0015ms", "ms", "0.002"},
-                        {"0.0123456s", "ms", "12"},
-                        {"0x1.8p1", "ms", "3"},
-                        {"1.23456789", "ms", "1.23457"},
-                        {"-0", "", "-0"},
-                        {"012", "ms", "12"},
-                        {"123456789", "", "1.23457e+08"},
-                        {"1ms", "", ""},
-                        {"1e400", "", ""},
-                        {"infinity", "", ""},
-                        {"+1", "", "1"},
-                        {"1e-7", "", "1e-07"},
-                        {"+-1", "", ""}};
-  for (Real const& c : reals) {
+  for (std::string const text :
+       {"12MB34", "1 GB x", "2TB", "+-700", "--7", "0-5", "08", "0x", "1e", "1_000", "infinity",
+        "99999999999999999999B", "-0-1000000000000000000000", "-9223372036854775808", "", "-", "x",
+        "7mb"}) {
+    EXPECT_EQ(Value(), ValueText::integer(text, "kB", ValueText::Fractions::rounded)) << text;
+  }
+  const struct {
+    std::string text, unit, shown;  // empty: not a value
+  } reals[] = {{"100us", "ms", "0.1"},
+               {"0.0015ms", "ms", "0.002"},
+               {"0.0123456s", "ms", "12"},
+               {"0x1.8p1", "ms", "3"},
+               {"1.23456789", "ms", "1.23457"},
+               {"-0", "", "-0"},
+               {"012", "ms", "12"},
+               {"123456789", "", "1.23457e+08"},
+               {"1ms", "", ""},
+               {"1e400", "", ""},
+               {"infinity", "", ""},
+               {"+1", "", "1"},
+               {"1e-7", "", "1e-07"},
+               {"+-1", "", ""}};
+  for (auto const& c : reals) {
     const auto value = ValueText::real(c.text, c.unit);
     EXPECT_EQ(c.shown, value ? ValueText::ofReal(*value) : "") << c.text;
   }
@@ -209,41 +192,32 @@ TEST(KnownSettings, HaveDifferentIdsBelowTheMadeOnes) {
 
 // A setting as one or more versions list it.
 struct Listed {
-  std::string name;
-  std::string context;
-  std::string type;
+  std::string name, context, type;
   std::vector<std::string> choices;
 };
-
-std::vector<std::string> fieldsOf(std::string const& text, char separator) {
-  std::vector<std::string> fields(1);
-  for (const char c : text) {
-    if (c == separator) {
-      fields.emplace_back();
-    } else {
-      fields.back() += c;
-    }
-  }
-  return fields;
-}
 
 std::vector<Listed> listedSettings() {
   std::vector<Listed> settings;
   std::ifstream file(KNOB_SOURCE_DIR "/tests/postgresql/data/settings.tsv");
   for (std::string line; std::getline(file, line);) {
     if (line.starts_with('#')) continue;
-    const auto fields = fieldsOf(line, '\t');
-    settings.push_back({fields.at(0), fields.at(1), fields.at(2), fieldsOf(fields.at(3), ',')});
+    std::istringstream fields(line);
+    Listed& listed = settings.emplace_back();
+    fields >> listed.name >> listed.context >> listed.type;
+    std::string choices;
+    std::getline(fields.ignore(), choices, '\t');
+    std::istringstream each(choices);
+    for (std::string choice; std::getline(each, choice, ',');) listed.choices.push_back(choice);
   }
   EXPECT_LT(400U, settings.size());
   return settings;
 }
 
-TEST(KnownSettings, TellOfARestartOnEveryVersion) {
+TEST(KnownSettings, TellOfRestartsAndListsOnEveryVersion) {
   // In some versions a change needs a restart and in others not: the description tells.
   const std::set<std::string> sometimes{"allow_system_table_mods", "autovacuum_max_workers",
                                         "primary_conninfo", "primary_slot_name", "restore_command"};
-  std::set<std::string> told;
+  std::set<std::string> told, lists;
   for (Listed const& listed : listedSettings()) {
     SCOPED_TRACE(listed.name);
     const KnownSetting* const known = KnownSettings::find(listed.name);
@@ -261,15 +235,9 @@ TEST(KnownSettings, TellOfARestartOnEveryVersion) {
     } else {
       EXPECT_EQ("", text);
     }
-  }
-  EXPECT_EQ(sometimes, told);
-}
-
-TEST(NameList, KnowsEveryListThatTheServerQuotes) {
-  std::set<std::string> lists;
-  for (Listed const& listed : listedSettings()) {
     if (listed.type == "names") lists.insert(listed.name);
   }
+  EXPECT_EQ(sometimes, told);
   EXPECT_EQ(8U, lists.size());
   for (KnownSetting const& known : KnownSettings::all()) {
     EXPECT_EQ(lists.contains(std::string(known.name)),
@@ -296,28 +264,20 @@ TEST(Choices, HaveTheSameNumberOnEveryServer) {
 }
 
 TEST(Choices, OfOtherServersKeepTheirNumberAndAreNoneHere) {
-  struct Case {
+  const struct {
     std::string setting;
-    std::vector<std::string> listed;
-    std::vector<std::string> shown;
-  };
-  const Case cases[] = {
-      {"wal_compression", {"pglz", "on", "off"}, {"off", "on", "pglz"}},
+    std::vector<std::string> listed, shown;
+  } cases[] = {
       {"wal_compression",
        {"pglz", "zstd", "on", "off", "new"},
        {"off", "on", "pglz", "lz4 (not on this server)", "zstd", "new"}},
       {"file_extend_method",
        {"write_zeros"},
        {"posix_fallocate (not on this server)", "write_zeros"}},
-      {"client_min_messages",
-       {"error", "notice"},
-       {"debug5 (not on this server)", "debug4 (not on this server)", "debug3 (not on this server)",
-        "debug2 (not on this server)", "debug1 (not on this server)", "log (not on this server)",
-        "notice", "warning (not on this server)", "error", "info"}},
       {"some.extension", {"b", "a"}, {"b", "a"}},
       {"some.extension", {}, {}},
   };
-  for (Case const& c : cases) {
+  for (auto const& c : cases) {
     std::vector<std::string> shown;
     for (Choice const& choice : Choices::of(c.setting, c.listed)) {
       shown.push_back(Choices::shown(choice));
@@ -327,19 +287,16 @@ TEST(Choices, OfOtherServersKeepTheirNumberAndAreNoneHere) {
 }
 
 TEST(SettingGroups, LoseNoSettingAndKeepToTheCapacities) {
-  struct Case {
+  const struct {
     int extension;
     std::size_t categories;  // 0: refused
     std::string last;
-  };
-  const Case cases[] = {
-      {50, 3, "Customized Options"},
-      {51, 4, "Customized Options (2)"},
-      {1395, 30, "Customized Options (28)"},
-      {1451, 30, "All Settings (30)"},
-      {1498, 0, ""},
-  };
-  for (Case const& c : cases) {
+  } cases[] = {{50, 3, "Customized Options"},
+               {51, 4, "Customized Options (2)"},
+               {1395, 30, "Customized Options (28)"},
+               {1451, 30, "All Settings (30)"},
+               {1498, 0, ""}};
+  for (auto const& c : cases) {
     std::vector<std::string> names{"deadlock_timeout", "new_lock_setting", "no_such_group"};
     for (int i = 0; i < c.extension; ++i) names.push_back("module.s" + std::to_string(i));
     std::vector<SettingGroups::Member> members;
@@ -370,27 +327,18 @@ TEST(SettingGroups, LoseNoSettingAndKeepToTheCapacities) {
   }
 }
 
-TEST(SettingText, IsOneLineThatTellsWhatAChangeNeeds) {
+TEST(SettingText, IsOneLine) {
   Setting setting;
-  setting.id = 103;
+  setting.id = 25;
   setting.shortText = "A \\ and\nB.";
   setting.unit = "8kB";
-  setting.needsRestart = true;
   EXPECT_EQ("A (backslash) and B. Unit: 8kB.", SettingText::of(setting));
-  setting.id = 200000;
-  EXPECT_NE(std::string::npos, SettingText::of(setting).find("restarted"));
-  setting.id = 103;
-  setting.needsRestart = false;
-  EXPECT_NE(std::string::npos, SettingText::of(setting).find("without a restart"));
 }
 
-TEST(AlterSystem, QuotesNamesPartByPart) {
+TEST(AlterSystem, QuotesNamesPartByPartAndKnowsWhichAFileCanHold) {
   EXPECT_EQ("ALTER SYSTEM SET \"a\".\"b\"\"c\" = 'x', 'y'",
             AlterSystem::set("a.b\"c", {"'x'", "'y'"}));
   EXPECT_EQ("ALTER SYSTEM RESET \"DateStyle\"", AlterSystem::reset("DateStyle"));
-}
-
-TEST(AlterSystem, KnowsWhichNamesAFileCanHold) {
   for (char const* const name : {"work_mem", "pg_many.select", "_a.b$1", "\xC3\xA4.x"}) {
     EXPECT_TRUE(AlterSystem::canName(name)) << name;
   }
@@ -421,6 +369,34 @@ TEST(CommandLine, GivesSettings) {
   EXPECT_EQ(std::nullopt, line.value("port"));
   for (char const* const text : {"", "postgres", "postgres \"", "postgres \"\n", "postgres \"-c"}) {
     EXPECT_EQ(std::nullopt, CommandLine(text).value("geqo")) << text;
+  }
+}
+
+TEST(NewValue, GivesAListInTheServersOwnWay) {
+  const struct {
+    bool oneText;
+    std::string running, value;
+    std::vector<std::string> parts;
+    std::string text;
+  } cases[] = {
+      {false, "", "$user, Mixed,a_1", {"$user", "Mixed", "a_1"}, R"("$user", "Mixed", a_1)"},
+      {false, "", "\"a,b\", x", {"a,b", "x"}, R"("a,b", x)"},
+      {false, "", "", {}, ""},
+      {true, "/a", "/a, /b", {"/a, /b"}, "/a, /b"},
+      {true, "/a,/b", "/a, /b", {"/a,/b"}, "/a,/b"},
+      {true, "/a", "\"/a,b\"", {"\"/a,b\""}, "\"/a,b\""},
+      {true, "/a", "", {""}, ""},
+  };
+  for (auto const& c : cases) {
+    Setting setting;
+    setting.list = NameList::Kind::names;
+    setting.listIsOneText = c.oneText;
+    setting.running = c.running;
+    setting.current = NameList::shown(*NameList::ofServer(c.running, setting.list));
+    const NewValue value = NewValue::ofText(setting, c.value);
+    EXPECT_EQ(c.parts, value.parts()) << c.value;
+    EXPECT_EQ(c.text, value.text()) << c.value;
+    EXPECT_EQ(c.parts.empty(), value.isEmptyList()) << c.value;
   }
 }
 

@@ -189,15 +189,6 @@ TEST_F(Commands, SetEveryTypeAndConfirm) {
   }
 }
 
-TEST_F(Commands, KnowWhichSettingsNeedARestart) {
-  run([](CommandProcessor& processor) {
-    int restarts = 0;
-    for (int id = -1; id < 1000; ++id) restarts += processor.requiresRestart(id) ? 1 : 0;
-    EXPECT_EQ(restarts, 72);
-    for (const int id : {26, 149, 168, 301}) EXPECT_TRUE(processor.requiresRestart(id));
-  });
-}
-
 TEST_F(Commands, ExportEndsWithAnyCallThatFails) {
   exportAll(false, true);
   const Calls calls = engine.callsOf("TnGet");

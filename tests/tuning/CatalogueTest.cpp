@@ -4,7 +4,6 @@
 #include <set>
 #include <span>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include "tuning/registry/Catalogue.h"
@@ -86,28 +85,6 @@ TEST(Catalogue, LookupsAgreeWithTheListingAndNothingIsThereTwice) {
       EXPECT_TRUE(names.insert(lower(setting.name)).second) << setting.name;
     }
     EXPECT_TRUE(available);
-  }
-}
-
-TEST(Catalogue, HoldsEveryKindOfSetting) {
-  using Setting = const CatalogueSetting&;
-  const std::tuple<const char*, int, int, bool (*)(Setting)> kCases[] = {
-      {"any", 150, 190, [](Setting) { return true; }},
-      {"boolean", 10, 99, [](Setting s) { return s.type == TN_TYPE_BOOLEAN; }},
-      {"string", 10, 99, [](Setting s) { return s.type == TN_TYPE_STRING; }},
-      {"one item", 10, 99, [](Setting s) { return s.type == TN_TYPE_SINGLE_SELECTION; }},
-      {"any items", 5, 99, [](Setting s) { return s.type == TN_TYPE_MULTIPLE_SELECTION; }},
-      {"memory", 2, 99, [](Setting s) { return s.maximum == TN_MAX_MEMORY; }},
-      {"disk", 2, 99, [](Setting s) { return s.maximum == TN_MAX_DISK; }},
-      {"memory and disk", 2, 99, [](Setting s) { return s.maximum == TN_MAX_MEMORY_AND_DISK; }},
-      {"client", 5, 30, [](Setting s) { return s.side == Side::client; }},
-      {"unavailable", 5, 5, [](Setting s) { return !s.available; }},
-      {"long help", 1, 1, [](Setting s) { return s.description.size() >= TN_TEXT_SIZE; }},
-  };
-  const std::vector<CatalogueSetting> all = allSettings();
-  for (const auto& [kind, least, most, matches] : kCases) {
-    const auto count = std::count_if(all.begin(), all.end(), matches);
-    EXPECT_TRUE(count >= least && count <= most) << kind << ": " << count;
   }
 }
 
