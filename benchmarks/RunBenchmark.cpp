@@ -38,7 +38,7 @@ const fs::path& workFolder() {
   return folder.path;
 }
 
-std::string store(char const* name) { return "file:" + (workFolder() / name).string(); }
+std::string store(const char* name) { return "file:" + (workFolder() / name).string(); }
 
 // Seconds that the program takes, with its output thrown away.
 double run(Arguments arguments) {
@@ -62,7 +62,7 @@ double run(Arguments arguments) {
 }
 
 // Takes turns with the program that does nothing, so that both meet the same machine.
-void comparedToHello(benchmark::State& state, Arguments const& arguments) {
+void comparedToHello(benchmark::State& state, const Arguments& arguments) {
   double hello = 0;
   double knob = 0;
   for ([[maybe_unused]] auto _ : state) {
@@ -93,7 +93,7 @@ BENCHMARK(showChanged)->UseManualTime()->Iterations(1000);
 BENCHMARK(search)->UseManualTime()->Iterations(500);
 BENCHMARK(exportAll)->UseManualTime()->Iterations(200);
 
-void importLines(benchmark::State& state, char const* line) {
+void importLines(benchmark::State& state, const char* line) {
   const std::string file = (workFolder() / "import").string();
   {
     std::ofstream content(file);

@@ -161,10 +161,10 @@ void collect(Exports& exports) {
       throw Trouble(std::strerror(errno));
     }
     for (size_t i = 0; i < waiting.size(); ++i) {
-      auto& [running, source] = sources[i];
-      if (waiting[i].revents != 0) {
-        named(*running->first, [&] { running->second.take(*source); });
-      }
+      if (waiting[i].revents == 0) continue;
+      auto* const running = sources[i].first;
+      FileDescriptor& source = *sources[i].second;
+      named(*running->first, [&] { running->second.take(source); });
     }
   }
 }

@@ -6,7 +6,7 @@ namespace kz {
 namespace {
 
 template <typename T>
-T parse(String const& text) {
+T parse(const String& text) {
   const std::string digits = text.getBytes();
   const char* const end = digits.data() + digits.size();
   T number = 0;
@@ -16,8 +16,8 @@ T parse(String const& text) {
 
 }  // namespace
 
-int Number::parseInt(String const& text) { return parse<int>(text); }
+int Number::parseInt(const String& text) { return parse<int>(text); }
 
-long Number::parseLong(String const& text) { return parse<long>(text); }
+long Number::parseLong(const String& text) { return parse<long>(text); }
 
 }  // namespace kz

@@ -10,8 +10,8 @@ namespace kz {
 class Number {
  public:
   // 0 for a text that holds no number.
-  static int parseInt(String const& text);
-  static long parseLong(String const& text);
+  static int parseInt(const String& text);
+  static long parseLong(const String& text);
 };
 
 }  // namespace kz

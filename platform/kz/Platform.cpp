@@ -12,7 +12,7 @@
 
 namespace {
 
-bool isDirectory(std::string const& path) {
+bool isDirectory(const std::string& path) {
   struct stat entry {};
   return stat(path.c_str(), &entry) == 0 && S_ISDIR(entry.st_mode);
 }
@@ -30,7 +30,7 @@ int KZGetHostNameA(char* buffer, int size) {
   return 0;
 }
 
-void KZUnicodeToAnsi(char* destination, wchar_t const* source, int size) {
+void KZUnicodeToAnsi(char* destination, const wchar_t* source, int size) {
   if (size <= 0) return;
   const std::string bytes = kz::utf8::encode(source);
   const std::size_t length = kz::utf8::cut(bytes, static_cast<std::size_t>(size) - 1);
@@ -38,7 +38,7 @@ void KZUnicodeToAnsi(char* destination, wchar_t const* source, int size) {
   destination[length] = '\0';
 }
 
-int KZDirOpen(wchar_t const* path, KZDirHandle* handle) {
+int KZDirOpen(const wchar_t* path, KZDirHandle* handle) {
   DIR* const directory = opendir(kz::utf8::encode(path).c_str());
   if (directory == nullptr) return kz::statusOfErrno(errno);
   *handle = reinterpret_cast<KZDirHandle>(directory);
@@ -49,7 +49,7 @@ int KZDirClose(KZDirHandle handle) {
   return closedir(reinterpret_cast<DIR*>(handle)) == 0 ? 0 : kz::statusOfErrno(errno);
 }
 
-int KZDirCreate(wchar_t const* path, int mode) {
+int KZDirCreate(const wchar_t* path, int mode) {
   const std::string name = kz::utf8::encode(path);
   if (mkdir(name.c_str(), static_cast<mode_t>(mode)) == 0) return 0;
   const int error = errno;
@@ -65,7 +65,7 @@ void KZTimeGetLocal(KZTime* time) {
            local.tm_min,         local.tm_sec,     local.tm_isdst};
 }
 
-std::time_t KZTimeToPosix(KZTime const* time) {
+std::time_t KZTimeToPosix(const KZTime* time) {
   std::tm local{};
   local.tm_year = time->year - 1900;
   local.tm_mon = time->month - 1;

@@ -21,17 +21,17 @@ int KZGetHostNameA(char* buffer, int size);
 
 // The UTF-8 form of the text, NUL-terminated, at most `size` bytes with the NUL; a longer text is
 // cut between two characters.
-void KZUnicodeToAnsi(char* destination, wchar_t const* source, int size);
+void KZUnicodeToAnsi(char* destination, const wchar_t* source, int size);
 
 // Statuses: 0 on success. An opened directory is closed with KZDirClose.
-int KZDirOpen(wchar_t const* path, KZDirHandle* handle);
+int KZDirOpen(const wchar_t* path, KZDirHandle* handle);
 int KZDirClose(KZDirHandle handle);
 // Success also when the directory is there already.
-int KZDirCreate(wchar_t const* path, int mode);
+int KZDirCreate(const wchar_t* path, int mode);
 
 void KZTimeGetLocal(KZTime* time);
 // POSIX seconds of a local time.
-std::time_t KZTimeToPosix(KZTime const* time);
+std::time_t KZTimeToPosix(const KZTime* time);
 }
 
 #endif

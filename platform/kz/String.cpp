@@ -48,13 +48,13 @@ String::String(std::wstring characters) : text_(new Text(std::move(characters)))
 
 std::string String::getBytes() const { return utf8::encode(characters()); }
 
-std::wstring const& String::characters() const noexcept { return text_ ? text_->value : kEmpty; }
+const std::wstring& String::characters() const noexcept { return text_ ? text_->value : kEmpty; }
 
 wchar_t String::charAt(int index) const noexcept {
   return index >= 0 && index < length() ? characters()[static_cast<std::size_t>(index)] : L'\0';
 }
 
-String& String::replace(int start, int count, String const& text) {
+String& String::replace(int start, int count, const String& text) {
   const std::size_t from = clamp(start);
   const std::size_t removed = count > 0 ? static_cast<std::size_t>(count) : 0;
   const Reference<Text> keep = text.text_;  // `text` may be this string
@@ -67,7 +67,7 @@ String& String::insert(int index, int count, wchar_t character) {
   return *this;
 }
 
-String& String::append(char const* bytes) {
+String& String::append(const char* bytes) {
   utf8::decode(bytes, own());
   return *this;
 }
@@ -77,7 +77,7 @@ String& String::removeAll(wchar_t character) {
   return *this;
 }
 
-String& String::trim(wchar_t const* set) {
+String& String::trim(const wchar_t* set) {
   const std::wstring& text = characters();
   const std::size_t first = text.find_first_not_of(set);
   if (first == std::wstring::npos) {
@@ -108,11 +108,11 @@ String String::substring(int start, int count) const {
   return characters().substr(clamp(start), static_cast<std::size_t>(std::max(count, 0)));
 }
 
-bool String::equalsIgnoreCase(String const& other) const {
+bool String::equalsIgnoreCase(const String& other) const {
   return length() == other.length() && regionMatches(0, other, true);
 }
 
-bool String::regionMatches(int start, String const& other, bool ignoreCase) const {
+bool String::regionMatches(int start, const String& other, bool ignoreCase) const {
   const std::wstring_view part =
       std::wstring_view(characters()).substr(clamp(start), other.characters().size());
   const std::wstring_view wanted = other.characters();
@@ -120,7 +120,7 @@ bool String::regionMatches(int start, String const& other, bool ignoreCase) cons
   return std::equal(part.begin(), part.end(), wanted.begin(), wanted.end(), sameIgnoringCase);
 }
 
-int String::indexOf(String const& text, int start, bool ignoreCase) const {
+int String::indexOf(const String& text, int start, bool ignoreCase) const {
   const int last = length() - text.length();
   for (int index = static_cast<int>(clamp(start)); index <= last; ++index) {
     if (regionMatches(index, text, ignoreCase)) return index;

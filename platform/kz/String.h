@@ -20,19 +20,19 @@ namespace kz {
 class String : public Object {
  public:
   String() noexcept = default;
-  String(String const&) noexcept = default;
+  String(const String&) noexcept = default;
   String(String&&) noexcept = default;
-  String& operator=(String const&) noexcept = default;
+  String& operator=(const String&) noexcept = default;
   String& operator=(String&&) noexcept = default;
-  String(char const* bytes) : String(std::string_view(bytes)) {}
+  String(const char* bytes) : String(std::string_view(bytes)) {}
   String(std::string_view bytes);
-  String(std::string const& bytes) : String(std::string_view(bytes)) {}
-  String(wchar_t const* characters) : String(std::wstring(characters)) {}
+  String(const std::string& bytes) : String(std::string_view(bytes)) {}
+  String(const wchar_t* characters) : String(std::wstring(characters)) {}
   String(std::wstring characters);
 
   // The 8-bit form. A NUL character is one byte like any other.
   std::string getBytes() const;
-  std::wstring const& characters() const noexcept;
+  const std::wstring& characters() const noexcept;
 
   int length() const noexcept { return static_cast<int>(characters().size()); }
   bool isEmpty() const noexcept { return characters().empty(); }
@@ -40,32 +40,32 @@ class String : public Object {
   wchar_t charAt(int index) const noexcept;
 
   // Puts `text` in the place of `count` characters from `start`: the one way in which text changes.
-  String& replace(int start, int count, String const& text);
-  String& append(String const& text) { return replace(length(), 0, text); }
-  String& insert(int index, String const& text) { return replace(index, 0, text); }
+  String& replace(int start, int count, const String& text);
+  String& append(const String& text) { return replace(length(), 0, text); }
+  String& insert(int index, const String& text) { return replace(index, 0, text); }
   String& insert(int index, int count, wchar_t character);
   String& remove(int start, int count) { return replace(start, count, String()); }
-  String& operator+=(String const& text) { return append(text); }
+  String& operator+=(const String& text) { return append(text); }
   // The same from 8-bit text, without a String of it.
-  String& append(char const* bytes);
-  String& operator+=(char const* bytes) { return append(bytes); }
+  String& append(const char* bytes);
+  String& operator+=(const char* bytes) { return append(bytes); }
 
   // Removes every occurrence of the character.
   String& removeAll(wchar_t character);
   // Removes the characters of the set from both ends.
-  String& trim(wchar_t const* set);
+  String& trim(const wchar_t* set);
   String& translate(wchar_t from, wchar_t to);
   String& toUpper();
 
   // `count` characters from `start`.
   String substring(int start, int count = std::numeric_limits<int>::max()) const;
 
-  bool equals(String const& other) const noexcept { return characters() == other.characters(); }
-  bool equalsIgnoreCase(String const& other) const;
+  bool equals(const String& other) const noexcept { return characters() == other.characters(); }
+  bool equalsIgnoreCase(const String& other) const;
   // Whether `other` stands at `start`.
-  bool regionMatches(int start, String const& other, bool ignoreCase) const;
+  bool regionMatches(int start, const String& other, bool ignoreCase) const;
   // The first index from `start` on where `text` stands, or -1. An empty text stands everywhere.
-  int indexOf(String const& text, int start, bool ignoreCase) const;
+  int indexOf(const String& text, int start, bool ignoreCase) const;
 
   static String valueOf(int number) { return std::to_string(number); }
   static String valueOf(long number) { return std::to_string(number); }
@@ -84,12 +84,12 @@ class String : public Object {
   Reference<Text> text_;
 };
 
-inline bool operator==(String const& left, String const& right) noexcept {
+inline bool operator==(const String& left, const String& right) noexcept {
   return left.equals(right);
 }
 
-inline String operator+(String left, String const& right) { return std::move(left.append(right)); }
-inline String operator+(String left, char const* right) { return std::move(left.append(right)); }
+inline String operator+(String left, const String& right) { return std::move(left.append(right)); }
+inline String operator+(String left, const char* right) { return std::move(left.append(right)); }
 
 }  // namespace kz
 

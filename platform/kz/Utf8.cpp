@@ -58,7 +58,7 @@ Sequence sequenceAt(std::string_view bytes, std::size_t start) {
 // Most text is ASCII. Copies the characters up to the first that is not, and returns their number:
 // in blocks without a branch inside.
 template <typename From, typename To>
-std::size_t copyPlain(From const* from, std::size_t count, To* to) {
+std::size_t copyPlain(const From* from, std::size_t count, To* to) {
   using Code = std::make_unsigned_t<From>;
   constexpr auto kBlock = std::make_index_sequence<8>();
   const auto copyBlock = [&]<std::size_t... I>(std::size_t at, std::index_sequence<I...>) {

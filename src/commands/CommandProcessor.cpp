@@ -17,7 +17,7 @@ constexpr int kLongestAnswer = 80;
 bool isEmptyAnswer(kz::io::BufferedReader& reader, kz::String& answer) {
   try {
     reader.readLine(answer, kLongestAnswer);
-  } catch (kz::Exception const&) {
+  } catch (const kz::Exception&) {
     answer = kz::String();
   }
   return answer.isEmpty();

@@ -28,8 +28,8 @@ class CommandProcessor {
                    kz::Reference<kz::io::PrintWriter>& output,
                    kz::Reference<kz::io::PrintWriter>& errors, kz::Reference<Logger>& log,
                    kz::String outputFile, kz::String inputFile);
-  CommandProcessor(CommandProcessor const&) = delete;
-  CommandProcessor& operator=(CommandProcessor const&) = delete;
+  CommandProcessor(const CommandProcessor&) = delete;
+  CommandProcessor& operator=(const CommandProcessor&) = delete;
   virtual ~CommandProcessor();
 
   // The import file could not be opened: throws the exception that says so.
@@ -72,7 +72,7 @@ class CommandProcessor {
   // One line of a setting's JSON, given as it stands in the display layout.
   void putJsonLine(kz::String line, int mode);
   void putJsonOptions(StringList* texts, int mode);
-  void printIDDetails_json(SettingInfo const& info, int mode);
+  void printIDDetails_json(const SettingInfo& info, int mode);
   void confirmUpdate(int id, bool json);
   // The id of the setting that is being written is told as it goes, for the case of a failure.
   void writeCategory(CategoryInfo* category, bool json, bool last, int& lastSettingId);

@@ -14,7 +14,7 @@ void CommandProcessor::writeConfiguration(bool ignoreErrors, bool suppressPrompt
   formatter = kz::Reference<FormatHelper>(new FormatHelper(file.get()));
   formatter->setLevel(Level::ALL);
   if (json) {
-    for (kz::String const& line : JsonHeader(*messages).lines()) formatter->putData(line, 0);
+    for (const kz::String& line : JsonHeader(*messages).lines()) formatter->putData(line, 0);
   }
 
   const kz::Reference<kz::collections::List<CategoryInfo>> categories(
@@ -24,7 +24,7 @@ void CommandProcessor::writeConfiguration(bool ignoreErrors, bool suppressPrompt
   for (int i = 0; i < categories->size(); ++i) {
     try {
       writeCategory(categories->get(i), json, i + 1 == categories->size(), lastSettingId);
-    } catch (SvcException const& failure) {
+    } catch (const SvcException& failure) {
       if (!ignoreErrors) throw;
       const kz::String description = failure.getDescription();
       err->println(messages->getResStr("WRITE_SETTING_ERROR", lastSettingId,

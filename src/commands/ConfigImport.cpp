@@ -52,7 +52,7 @@ void CommandProcessor::openInputFile() {
         new kz::io::InputStreamReader(file.get(), nullptr, kBufferSize));
     inputReader = kz::Reference<kz::io::BufferedReader>(
         new kz::io::BufferedReader(characters.get(), kBufferSize));
-  } catch (kz::Exception const& failure) {
+  } catch (const kz::Exception& failure) {
     throwError(failure.getResult());
   }
 }
@@ -64,7 +64,7 @@ bool CommandProcessor::importSetting(bool ignoreErrors) {
   try {
     if (inputReader->isCut()) throw NumberFormatException(idText);
     id = Utils::parseInt(idText);
-  } catch (NumberFormatException const&) {
+  } catch (const NumberFormatException&) {
     err->println(messages->getResStr("ERR_SKIP_STG", idText.getBytes().c_str()));
     return true;
   }
@@ -88,15 +88,15 @@ void CommandProcessor::applyImportedValue(int id, kz::String valueText) {
   const kz::Reference<StringList> values(getIDValues(valueText));
   if (values->size() == 0) values->add(new kz::String);
   logger->finest("Setting value for ID: " + kz::String::valueOf(id));
-  const auto report = [&](char const* key, kz::Exception const& failure) {
+  const auto report = [&](const char* key, const kz::Exception& failure) {
     err->println(messages->getResStr(key, failure.getDescription().getBytes().c_str(), id));
   };
   try {
     if (inputReader->isCut()) checkCutValue(*configHelper, id, values->size());
     setValue(id, values.get(), false);
-  } catch (SvcException const& failure) {
+  } catch (const SvcException& failure) {
     report("ERR_STG_VALUE", failure);
-  } catch (NumberFormatException const& failure) {
+  } catch (const NumberFormatException& failure) {
     report("ERR_INVALID_VALUE", failure);
   }
 }

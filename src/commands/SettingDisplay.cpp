@@ -7,13 +7,13 @@ namespace {
 
 struct SymbolicMaximum {
   long value;
-  char const* key;
+  const char* key;
 };
 constexpr SymbolicMaximum kSymbolicMaxima[] = {
     {-1, "INFO_MAX_MEM"}, {-2, "INFO_MAX_DISK"}, {-129, "INFO_MAX_MEM_DISK"}};
 
-char const* symbolicMaximumKey(long maximum) {
-  for (SymbolicMaximum const& symbolic : kSymbolicMaxima) {
+const char* symbolicMaximumKey(long maximum) {
+  for (const SymbolicMaximum& symbolic : kSymbolicMaxima) {
     if (symbolic.value == maximum) return symbolic.key;
   }
   return nullptr;
@@ -23,7 +23,7 @@ bool isSelection(int type) {
   return type == SettingInfo::SINGLE_SELECTION || type == SettingInfo::MULTIPLE_SELECTION;
 }
 
-kz::String jsonMember(char const* name, kz::String const& text) {
+kz::String jsonMember(const char* name, const kz::String& text) {
   return kz::String("\t\"") + name + "\": \"" + text + "\",";
 }
 
@@ -48,7 +48,7 @@ kz::String CommandProcessor::getValue(int id, int type, int which) {
 }
 
 kz::String CommandProcessor::getMaxRangeStr(long maximum) {
-  char const* const key = symbolicMaximumKey(maximum);
+  const char* const key = symbolicMaximumKey(maximum);
   return key != nullptr ? messages->getResStr(key) : kz::String::valueOf(maximum);
 }
 
@@ -105,7 +105,7 @@ void CommandProcessor::putJsonLine(kz::String line, int mode) {
   }
 }
 
-void CommandProcessor::printIDDetails_json(SettingInfo const& info, int mode) {
+void CommandProcessor::printIDDetails_json(const SettingInfo& info, int mode) {
   kz::String current = getValue(info.id, info.type, SvcConfigHelper::CURRENT_VALUE);
   kz::String defaultValue = getValue(info.id, info.type, SvcConfigHelper::DEFAULT_VALUE);
   kz::String help = configHelper->getSettingHelp(info.id);

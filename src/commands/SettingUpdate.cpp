@@ -7,7 +7,7 @@
 void CommandProcessor::setValue(int id, StringList* values, bool json) {
   logger->finer("Inside setValue() for ID: " + kz::String::valueOf(id));
   const kz::Reference<SettingInfo> info(configHelper->getSettingInfo(id, true));
-  kz::String const& first = *values->get(0);
+  const kz::String& first = *values->get(0);
   if (info->type == SettingInfo::INTEGER) {
     configHelper->setLongValue(id, Utils::parseLong(first), SvcConfigHelper::CURRENT_VALUE);
   } else if (info->type == SettingInfo::BOOLEAN) {

@@ -19,7 +19,7 @@ namespace {
 
 using Parser = KnobCmdParser;
 
-constexpr char const* kJsonUsage[] = {
+constexpr const char* kJsonUsage[] = {
     "\t\"usage\":",
     "\t[",
     ("\t\t\"knob -O <outputFile> [-S <server>] [-U <username>] [-P <password>] [-E] [-F] "
@@ -33,39 +33,39 @@ constexpr char const* kJsonUsage[] = {
     "\t]"};
 
 // Only the low 32 bits of the number count.
-int settingId(Parser const& line) {
+int settingId(const Parser& line) {
   return static_cast<int>(Utils::parseLong(line.getSettingID()));
 }
 
 // How a command is recognised, its trace line (a label and what it is about), what carries it out.
 struct Command {
   bool (Parser::*isGiven)() const;
-  char const* label;
+  const char* label;
   kz::String (Parser::*subject)() const;
-  void (*carryOut)(CommandProcessor& processor, Parser const& line, FormatHelper& trace);
+  void (*carryOut)(CommandProcessor& processor, const Parser& line, FormatHelper& trace);
 };
 
 constexpr Command kCommands[] = {
     {&Parser::isCmdWriteSettings, "outputFile: ", &Parser::getOutputFileName,
-     [](CommandProcessor& processor, Parser const& line, FormatHelper&) {
+     [](CommandProcessor& processor, const Parser& line, FormatHelper&) {
        processor.writeConfiguration(line.isIgnoreError(), line.isSuppressOverwritePrompt(),
                                     line.getOutputType());
      }},
     {&Parser::isCmdReadSettings, "inputFile: ", &Parser::getInputFileName,
-     [](CommandProcessor& processor, Parser const& line, FormatHelper&) {
+     [](CommandProcessor& processor, const Parser& line, FormatHelper&) {
        processor.readConfiguration(line.isIgnoreError());
      }},
     {&Parser::isCmdSearchKeyword, "search string: ", &Parser::getKeywordValue,
-     [](CommandProcessor& processor, Parser const& line, FormatHelper&) {
+     [](CommandProcessor& processor, const Parser& line, FormatHelper&) {
        processor.printMatchingIDs(line.getKeywordValue(), line.getOutputType());
      }},
     {&Parser::isCmdGetIdDetail, "Id Detail - ID:  ", &Parser::getSettingID,
-     [](CommandProcessor& processor, Parser const& line, FormatHelper&) {
+     [](CommandProcessor& processor, const Parser& line, FormatHelper&) {
        processor.printIDDetails(settingId(line), line.getOutputType(),
                                 CommandProcessor::DISPLAY_LAYOUT);
      }},
     {&Parser::isCmdSetIdValues, "Set Id:  ", &Parser::getSettingID,
-     [](CommandProcessor& processor, Parser const& line, FormatHelper& trace) {
+     [](CommandProcessor& processor, const Parser& line, FormatHelper& trace) {
        const kz::Reference<Parser::StringList> values(line.getIDValues());
        for (int i = 0; i < values->size(); ++i) trace.putData("Value : " + *values->get(i), 1);
        processor.setValue(settingId(line), values.get(), line.getOutputType());
@@ -80,17 +80,17 @@ struct Disconnecting {
 
 void displayUsage() {
   if (s_cmdParser->getOutputType()) {
-    for (char const* const line : kJsonUsage) s_pw->println(line);
+    for (const char* const line : kJsonUsage) s_pw->println(line);
   } else {
     s_pw->println(s_msgHelper->getResStr("USAGE"));
   }
 }
 
 void displayJsonHeaderMsg(kz::Reference<MessageHelper>& messages) {
-  for (kz::String const& line : JsonHeader(*messages).lines()) s_pw->println(line);
+  for (const kz::String& line : JsonHeader(*messages).lines()) s_pw->println(line);
 }
 
-void reportFailure(kz::String const& description, char const* jsonEnd) {
+void reportFailure(const kz::String& description, const char* jsonEnd) {
   if (s_cmdParser->getOutputType()) {
     s_pw->println("\t\"error\": \"" + description + jsonEnd);
   } else {
@@ -98,7 +98,7 @@ void reportFailure(kz::String const& description, char const* jsonEnd) {
   }
 }
 
-void reportMisuse(kz::String const& description) {
+void reportMisuse(const kz::String& description) {
   reportFailure(description, "\",");
   displayUsage();
 }
@@ -110,13 +110,13 @@ void reportInvalidCommand() {
 
 void processCommand() {
   const Disconnecting atTheEnd;
-  Parser const& line = *s_cmdParser;
+  const Parser& line = *s_cmdParser;
   CommandProcessor processor(s_configHelper, s_pw, s_errpw, s_logger, line.getOutputFileName(),
                              line.getInputFileName());
   FormatHelper trace(s_logger.get());
-  auto const* const command =
+  const auto* const command =
       std::find_if(std::begin(kCommands), std::end(kCommands),
-                   [&](Command const& row) { return (line.*row.isGiven)(); });
+                   [&](const Command& row) { return (line.*row.isGiven)(); });
   if (command == std::end(kCommands)) {
     reportInvalidCommand();
     return;

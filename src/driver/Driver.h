@@ -28,9 +28,9 @@ void displayUsage();
 void displayJsonHeaderMsg(kz::Reference<MessageHelper>& messages);
 
 // One line on standard error, or the "error" member of the JSON object with what ends its line.
-void reportFailure(kz::String const& description, char const* jsonEnd = "\"");
+void reportFailure(const kz::String& description, const char* jsonEnd = "\"");
 // A command line that makes no sense: what is wrong with it, and the usage.
-void reportMisuse(kz::String const& description);
+void reportMisuse(const kz::String& description);
 void reportInvalidCommand();
 
 #endif

@@ -15,12 +15,12 @@ constexpr char kLoopbackHost[] = "localhost";
 
 // The forms of an option, and the field that takes its value or the flag that it sets.
 struct KnobCmdParser::Option {
-  std::array<char const*, 3> forms;  // null where there is none
+  std::array<const char*, 3> forms;  // null where there is none
   kz::String KnobCmdParser::*value;
   bool KnobCmdParser::*flag;
 };
 
-KnobCmdParser::Option const* KnobCmdParser::findOption(std::string_view argument) noexcept {
+const KnobCmdParser::Option* KnobCmdParser::findOption(std::string_view argument) noexcept {
   using P = KnobCmdParser;
   static constexpr Option kOptions[] = {
       {{"-U", "-u", "--USERNAME"}, &P::userName, nullptr},
@@ -33,8 +33,8 @@ KnobCmdParser::Option const* KnobCmdParser::findOption(std::string_view argument
       {{"-E", "-e", "--IGNORE_ERR"}, nullptr, &P::ignoreErrors},
       {{"-F", "-f", "--SUPPRESS_PROMPT"}, nullptr, &P::suppressOverwritePrompt},
       {{"-JSON", "-json", nullptr}, nullptr, &P::outputType}};
-  for (Option const& option : kOptions) {
-    for (char const* const form : option.forms) {
+  for (const Option& option : kOptions) {
+    for (const char* const form : option.forms) {
       if (form != nullptr && argument == form) return &option;
     }
   }
@@ -46,7 +46,7 @@ KnobCmdParser::KnobCmdParser()
 
 void KnobCmdParser::parseCmdLine(int argc, char** argv) {
   for (int i = 1; i < argc; ++i) {
-    Option const* const option = findOption(argv[i]);
+    const Option* const option = findOption(argv[i]);
     if (option == nullptr) {
       if (argv[i][0] == '-') {
         throw OptionException(messages->getResStr("UNKNOWN_OPTION", argv[i]));
@@ -62,8 +62,8 @@ void KnobCmdParser::parseCmdLine(int argc, char** argv) {
   setDefaults();
 }
 
-bool KnobCmdParser::announcesPassword(char const* argument) noexcept {
-  Option const* const option = findOption(argument);
+bool KnobCmdParser::announcesPassword(const char* argument) noexcept {
+  const Option* const option = findOption(argument);
   return option != nullptr && option->value == &KnobCmdParser::password;
 }
 
@@ -92,7 +92,7 @@ KnobCmdParser::StringList* KnobCmdParser::getIDValues() const {
 
 bool KnobCmdParser::givesOnly(kz::String KnobCmdParser::*operand, int fewest, int most) const {
   using P = KnobCmdParser;
-  for (auto const other : {&P::outputFileName, &P::inputFileName, &P::keyword}) {
+  for (const auto other : {&P::outputFileName, &P::inputFileName, &P::keyword}) {
     if ((this->*other).isEmpty() == (other == operand)) return false;
   }
   const int count = positionalArguments->size();

@@ -20,7 +20,7 @@ class KnobCmdParser : public kz::Object {
   // before keep their values.
   void parseCmdLine(int argc, char** argv);
   // Whether what follows this argument is meant as a password.
-  static bool announcesPassword(char const* argument) noexcept;
+  static bool announcesPassword(const char* argument) noexcept;
   // The argument at the index as the value of the option before it. Throws OptionException when it
   // is missing or begins with "-".
   kz::String getOptionValue(int index, int argc, char** argv);
@@ -53,7 +53,7 @@ class KnobCmdParser : public kz::Object {
 
  private:
   struct Option;
-  static Option const* findOption(std::string_view argument) noexcept;
+  static const Option* findOption(std::string_view argument) noexcept;
   // Whether this is given and no other of the options that stand for a command (null: none of
   // them), with a number of positional arguments in the range.
   bool givesOnly(kz::String KnobCmdParser::*operand, int fewest, int most) const;

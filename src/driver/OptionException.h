@@ -7,8 +7,8 @@
 class OptionException : public kz::Exception {
  public:
   OptionException() = default;
-  OptionException(OptionException const&) = default;
-  explicit OptionException(kz::String const& message) : kz::Exception(message) {}
+  OptionException(const OptionException&) = default;
+  explicit OptionException(const kz::String& message) : kz::Exception(message) {}
 };
 
 #endif

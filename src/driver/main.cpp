@@ -121,20 +121,20 @@ int runReported(int argc, char** argv, bool json) {
   s_cmdParser->setOutputType(json);
   try {
     parseAndRun(argc, argv);
-  } catch (OptionException const& failure) {
+  } catch (const OptionException& failure) {
     exitValue = kUsageFailure;
     if (json) displayJsonHeaderMsg(s_msgHelper);
     reportMisuse(failure.getDescription());
-  } catch (NumberFormatException const&) {
+  } catch (const NumberFormatException&) {
     exitValue = kUsageFailure;
     reportInvalidCommand();
-  } catch (SvcException const& failure) {
+  } catch (const SvcException& failure) {
     exitValue = kUsageFailure;
     reportFailure(failure.getDescription());
-  } catch (kz::io::IoException const& failure) {
+  } catch (const kz::io::IoException& failure) {
     exitValue = kUsageFailure;
     reportFailure(failure.getDescription());
-  } catch (kz::Exception const& failure) {
+  } catch (const kz::Exception& failure) {
     if (failure.getResult() != 0) throw;
   }
   if (framesJson()) s_pw->println("}");
@@ -150,7 +150,7 @@ void reportOutOfMemory() noexcept {
 int reportFatal(int status, bool json) noexcept {
   try {
     s_errpw->println(s_msgHelper->getResStr("FATAL_ERROR", status));
-  } catch (std::bad_alloc const&) {
+  } catch (const std::bad_alloc&) {
     reportOutOfMemory();
   } catch (...) {
   }
@@ -168,7 +168,7 @@ int reportFatal(int status, bool json) noexcept {
 }
 
 // There is nothing yet to look a text up in or to write it with.
-int reportFailedStart(char const* reason) noexcept {
+int reportFailedStart(const char* reason) noexcept {
   std::fprintf(stderr, "knob: cannot start: %s\n", reason);
   return 1;
 }
@@ -184,14 +184,14 @@ int main(int argc, char** argv) {
     s_errpw = makeWriter(kz::io::StdioOutputStream::getStdErrorStream());
     s_msgHelper = kz::Reference<MessageHelper>(new MessageHelper("KNOB", "KNOB_"));
     json = hasJsonArgument(argc, argv);
-  } catch (std::exception const& failure) {
+  } catch (const std::exception& failure) {
     return reportFailedStart(failure.what());
   }
   try {
     return runReported(argc, argv, json);
-  } catch (kz::Exception const& failure) {
+  } catch (const kz::Exception& failure) {
     return reportFatal(failure.getResult(), json);
-  } catch (std::bad_alloc const&) {
+  } catch (const std::bad_alloc&) {
     return reportFatal(kz::kStatusOutOfMemory, json);
   } catch (...) {
     return reportFatal(kz::kStatusFailure, json);

@@ -7,10 +7,10 @@ using kz::i18n::StringBundle;
 constexpr char kDefaultBundle[] = "TNMSG";
 constexpr char kDefaultPrefix[] = "KZ_MSG_";
 
-bool acceptAny(kz::String const&) { return true; }
+bool acceptAny(const kz::String&) { return true; }
 
-kz::String textOrKey(StringBundle const& bundle, std::string const& key,
-                     StringBundle::Accepts const& accepts) {
+kz::String textOrKey(const StringBundle& bundle, const std::string& key,
+                     const StringBundle::Accepts& accepts) {
   try {
     return bundle.getString(key, accepts);
   } catch (...) {
@@ -20,13 +20,13 @@ kz::String textOrKey(StringBundle const& bundle, std::string const& key,
 
 }  // namespace
 
-void CMSGStrings::MakeResourceString(kz::String const& bundleName, kz::String key,
+void CMSGStrings::MakeResourceString(const kz::String& bundleName, kz::String key,
                                      kz::String& text) {
   MakeResourceString(bundleName, key.getBytes(), acceptAny, text);
 }
 
-void CMSGStrings::MakeResourceString(kz::String const& bundleName, std::string const& key,
-                                     StringBundle::Accepts const& accepts, kz::String& text) {
+void CMSGStrings::MakeResourceString(const kz::String& bundleName, const std::string& key,
+                                     const StringBundle::Accepts& accepts, kz::String& text) {
   try {
     text = textOrKey(*StringBundle::getBundle(bundleName, nullptr), key, accepts);
   } catch (...) {
@@ -34,8 +34,8 @@ void CMSGStrings::MakeResourceString(kz::String const& bundleName, std::string c
   }
 }
 
-void CMSGStrings::PrepareDialog(kz::String const& bundleName, kz::String const& titleKey,
-                                kz::String const& messageKey, kz::String& title,
+void CMSGStrings::PrepareDialog(const kz::String& bundleName, const kz::String& titleKey,
+                                const kz::String& messageKey, kz::String& title,
                                 kz::String& message) {
   try {
     const kz::Reference<StringBundle> bundle = StringBundle::getBundle(bundleName, nullptr);
@@ -47,18 +47,18 @@ void CMSGStrings::PrepareDialog(kz::String const& bundleName, kz::String const& 
   }
 }
 
-void CMSGStrings::PrepareDialog(kz::String const& titleKey, kz::String const& messageKey,
+void CMSGStrings::PrepareDialog(const kz::String& titleKey, const kz::String& messageKey,
                                 kz::String& title, kz::String& message) {
   PrepareDialog(kDefaultBundle, titleKey, messageKey, title, message);
 }
 
-void CMSGStrings::MakeResString(kz::String const& prefix, kz::String const& code, kz::String& key) {
+void CMSGStrings::MakeResString(const kz::String& prefix, const kz::String& code, kz::String& key) {
   kz::String suffix = code;
   suffix.trim(L" \t\r\n").translate(L'-', L'N');
   key = prefix + suffix;
 }
 
-void CMSGStrings::MakeResString(kz::String const& code, kz::String& key) {
+void CMSGStrings::MakeResString(const kz::String& code, kz::String& key) {
   MakeResString(kDefaultPrefix, code, key);
 }
 
@@ -66,6 +66,6 @@ void CMSGStrings::MakeResString(int code, kz::String& key) {
   MakeResString(kDefaultPrefix, code, key);
 }
 
-void CMSGStrings::MakeResString(kz::String const& prefix, int code, kz::String& key) {
+void CMSGStrings::MakeResString(const kz::String& prefix, int code, kz::String& key) {
   MakeResString(prefix, kz::String::valueOf(code), key);
 }

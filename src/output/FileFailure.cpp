@@ -7,7 +7,7 @@ namespace {
 
 struct Reason {
   int status;
-  char const* key;
+  const char* key;
 };
 constexpr Reason kReasons[] = {{kz::kStatusAccessDenied, "ACCESS_ERROR"},
                                {kz::kStatusFileInUse, "FILE_IN_USE_ERROR"},
@@ -15,9 +15,9 @@ constexpr Reason kReasons[] = {{kz::kStatusAccessDenied, "ACCESS_ERROR"},
 
 }  // namespace
 
-void throwFileFailure(MessageHelper const& messages, char const* key, kz::String const& fileName,
+void throwFileFailure(const MessageHelper& messages, const char* key, const kz::String& fileName,
                       int status) {
-  for (Reason const& reason : kReasons) {
+  for (const Reason& reason : kReasons) {
     if (reason.status != status) continue;
     throw kz::io::IoException(messages.getResStr(key, fileName.getBytes().c_str(),
                                                  messages.getResStr(reason.key).getBytes().c_str(),

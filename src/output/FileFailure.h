@@ -7,7 +7,7 @@
 // Refused access, a missing file and one in use have words: an IoException with the message of the
 // key, which takes the file name, the reason and the status. Any other status is thrown bare, as a
 // ResultException.
-[[noreturn]] void throwFileFailure(MessageHelper const& messages, char const* key,
-                                   kz::String const& fileName, int status);
+[[noreturn]] void throwFileFailure(const MessageHelper& messages, const char* key,
+                                   const kz::String& fileName, int status);
 
 #endif

@@ -9,7 +9,7 @@ constexpr int kNameLength = 22;
 
 const char JsonHeader::VERSION[] = KNOB_VERSION;
 
-JsonHeader::JsonHeader(MessageHelper const& messages)
+JsonHeader::JsonHeader(const MessageHelper& messages)
     : version(messages.getResStr("NAME", VERSION).remove(0, kNameLength)),
       copyright(messages.getResStr("COPYRIGHT")) {}
 

@@ -13,7 +13,7 @@ class JsonHeader {
   static const char VERSION[];
 
   // Fetches the version and copyright texts.
-  explicit JsonHeader(MessageHelper const& messages);
+  explicit JsonHeader(const MessageHelper& messages);
 
   // In order, without line ends but for the one inside the first: the object's brace comes after an
   // empty line. Every member ends with a comma.

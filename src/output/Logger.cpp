@@ -18,7 +18,7 @@ using Handlers = kz::collections::List<kz::io::PrintWriter>;
 constexpr long kBufferSize = 2048;
 
 struct LevelName {
-  char const* name;
+  const char* name;
   Level level;
 };
 constexpr LevelName kLevelNames[] = {{"SEVERE", Level::SEVERE}, {"WARNING", Level::WARNING},
@@ -27,19 +27,19 @@ constexpr LevelName kLevelNames[] = {{"SEVERE", Level::SEVERE}, {"WARNING", Leve
                                      {"FINEST", Level::FINEST}, {"ALL", Level::ALL}};
 
 // A bare name is told with the folder that it is meant in, unless that folder is gone.
-kz::String reportedName(kz::String const& name) {
+kz::String reportedName(const kz::String& name) {
   const kz::String delimiter(std::wstring(1, kz::util::FilePath::dirDelim));
   if (name.indexOf(delimiter, 0, false) >= 0) return name;
   try {
     return kz::util::FilePath::getCurrentDir() + name;
-  } catch (kz::Exception const&) {
+  } catch (const kz::Exception&) {
     return name;
   }
 }
 
 }  // namespace
 
-Logger::Logger(char const* bundle, char const* prefix)
+Logger::Logger(const char* bundle, const char* prefix)
     : handlers(new Handlers), messages(new MessageHelper(bundle, prefix)) {}
 
 Logger::~Logger() {
@@ -61,7 +61,7 @@ void Logger::addFileHandler(kz::String name) {
     // The engine may have it open, as its store.
     if (kz::io::isOpenHere(name.getBytes())) throw kz::ResultException(kz::kStatusFileInUse);
     addHandler(kz::Reference<kz::io::OutputStream>(new kz::io::FileOutputStream(name, false)));
-  } catch (kz::Exception const& failure) {
+  } catch (const kz::Exception& failure) {
     throwError(failure.getResult(), reportedName(name));
   }
 }
@@ -74,7 +74,7 @@ void Logger::addHandler(kz::Reference<kz::io::OutputStream> stream) {
 
 void Logger::setLevel(kz::String name) {
   level = Level::OFF;
-  for (LevelName const& known : kLevelNames) {
+  for (const LevelName& known : kLevelNames) {
     if (name.equalsIgnoreCase(known.name)) level = known.level;
   }
 }
@@ -94,7 +94,7 @@ void Logger::close() {
   for (int i = 0; i < closing->size(); ++i) {
     try {
       closing->get(i)->close();
-    } catch (kz::Exception const&) {
+    } catch (const kz::Exception&) {
       if (!failure) failure = std::current_exception();
     }
   }

@@ -18,7 +18,7 @@ class Logger : public kz::Object {
  public:
   // Writes nothing until a level is set and a handler added. The messages word file failures.
   Logger() : Logger("KNOB", "KNOB_") {}
-  Logger(char const* bundle, char const* prefix);
+  Logger(const char* bundle, const char* prefix);
   ~Logger() override;
 
   void addStdOutHandler();

@@ -18,7 +18,7 @@ class MessageArguments {
     std::string_view kinds;  // of the arguments, in order
   };
   // The keys of the program's bundle, sorted.
-  static std::span<Entry const> table();
+  static std::span<const Entry> table();
 
   // None for a key that is not in the table, of whose arguments nothing is known.
   static std::optional<std::string_view> of(std::string_view key);

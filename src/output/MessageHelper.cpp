@@ -17,20 +17,20 @@ constexpr std::size_t kMessageSize = 2048;
 // A character has at most four bytes.
 constexpr int kSurelyWhole = (kTextSize - 1) / 4;
 
-bool hasConversions(kz::String const& text) {
+bool hasConversions(const kz::String& text) {
   return text.characters().find(L'%') != std::wstring::npos;
 }
 
 // The number of a status is its key.
-bool isStatus(char const* key) { return *key >= '0' && *key <= '9'; }
+bool isStatus(const char* key) { return *key >= '0' && *key <= '9'; }
 
 }  // namespace
 
-MessageHelper::MessageHelper(char const* bundle, char const* prefix)
+MessageHelper::MessageHelper(const char* bundle, const char* prefix)
     : bundleName(bundle), keyPrefix(prefix) {}
 
-kz::String MessageHelper::getResStr(char const* key, ...) const {
-  const auto accepts = [key](kz::String const& candidate) {
+kz::String MessageHelper::getResStr(const char* key, ...) const {
+  const auto accepts = [key](const kz::String& candidate) {
     if (!hasConversions(candidate)) return true;
     const auto arguments = MessageArguments::of(key);
     return !arguments || MessageArguments::suffice(*arguments, candidate.characters());

@@ -9,12 +9,12 @@
 
 class MessageHelper : public kz::Object {
  public:
-  MessageHelper(char const* bundle, char const* prefix);
+  MessageHelper(const char* bundle, const char* prefix);
 
   // The text of the key (given without the prefix), its printf conversions filled with the
   // arguments: 8-bit texts (char const*) and 32-bit numbers (int). The text is cut at 1,023 bytes,
   // the message at 2,047, never inside a character.
-  kz::String getResStr(char const* key, ...) const;
+  kz::String getResStr(const char* key, ...) const;
 
  private:
   kz::String bundleName;

@@ -19,12 +19,12 @@ struct Room {
 };
 
 // A text of the interface in its buffer, also when the NUL is missing.
-kz::String textOf(char const* buffer, std::size_t size) {
+kz::String textOf(const char* buffer, std::size_t size) {
   return std::string_view(buffer, strnlen(buffer, size));
 }
 
 template <std::size_t Size>
-kz::String textOf(std::array<char, Size> const& buffer) {
+kz::String textOf(const std::array<char, Size>& buffer) {
   return textOf(buffer.data(), buffer.size());
 }
 
@@ -32,21 +32,21 @@ kz::String textOf(std::array<char, Size> const& buffer) {
 template <std::size_t Size>
 class TextArgument {
  public:
-  explicit TextArgument(kz::String const& text) {
+  explicit TextArgument(const kz::String& text) {
     std::string bytes = text.getBytes();
     fits_ = bytes.size() < Size;
     holdsNul_ = bytes.find('\0') != std::string::npos;
     if (fits_) std::copy(bytes.begin(), bytes.end(), buffer_.begin());
     explicit_bzero(bytes.data(), bytes.size());
   }
-  TextArgument(TextArgument const&) = delete;
-  TextArgument& operator=(TextArgument const&) = delete;
+  TextArgument(const TextArgument&) = delete;
+  TextArgument& operator=(const TextArgument&) = delete;
   ~TextArgument() { explicit_bzero(buffer_.data(), buffer_.size()); }
 
   bool fits() const noexcept { return fits_; }
   // The interface would take such a text for a shorter one.
   bool holdsNul() const noexcept { return holdsNul_; }
-  char const* get() const noexcept { return buffer_.data(); }
+  const char* get() const noexcept { return buffer_.data(); }
 
  private:
   std::array<char, Size> buffer_{};
@@ -158,7 +158,7 @@ SettingInfo* SvcConfigHelper::getSettingInfo(int settingId, bool mustBeAvailable
   return info.release();
 }
 
-SettingInfo* SvcConfigHelper::makeSettingInfo(int settingId, TnSettingRecord const& record) {
+SettingInfo* SvcConfigHelper::makeSettingInfo(int settingId, const TnSettingRecord& record) {
   return std::make_unique<SettingInfo>(settingId, record.type,
                                        textOf(record.name, sizeof record.name), record.extraInfo,
                                        record.clientServer, isSettingAvailable(settingId))

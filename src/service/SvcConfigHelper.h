@@ -72,7 +72,7 @@ class SvcConfigHelper : public kz::Object {
  private:
   void check(TnStatus status);
   [[noreturn]] void fail(int code);
-  SettingInfo* makeSettingInfo(int settingId, TnSettingRecord const& record);
+  SettingInfo* makeSettingInfo(int settingId, const TnSettingRecord& record);
 
   TnHandle handle = TN_NO_HANDLE;
   bool stopped = false;

@@ -14,7 +14,7 @@ class SvcException : public kz::Exception {
   // A text that is none of a boolean setting's words.
   static constexpr int NOT_A_BOOLEAN = 8004;
 
-  SvcException(kz::String const& message, int code) : kz::Exception(message), errorCode(code) {}
+  SvcException(const kz::String& message, int code) : kz::Exception(message), errorCode(code) {}
 
   int getErrorCode() const noexcept { return errorCode; }
 

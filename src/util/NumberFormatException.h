@@ -6,7 +6,7 @@
 
 class NumberFormatException : public kz::Exception {
  public:
-  explicit NumberFormatException(kz::String const& message) : kz::Exception(message) {}
+  explicit NumberFormatException(const kz::String& message) : kz::Exception(message) {}
 };
 
 #endif

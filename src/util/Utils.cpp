@@ -21,19 +21,19 @@ constexpr long kSecondsPerDay = 86400;
 kz::String delimiterText() { return std::wstring(1, kz::util::FilePath::dirDelim); }
 
 template <typename T>
-T parse(kz::String text, T (*convert)(kz::String const&)) {
+T parse(kz::String text, T (*convert)(const kz::String&)) {
   text.trim(L" \t\r\n");
   const T number = convert(text);
   if (number == 0 && !text.equals("0")) throw NumberFormatException(kz::String());
   return number;
 }
 
-int ensureDirectory(kz::String const& directory) {
+int ensureDirectory(const kz::String& directory) {
   if (Utils::dirExist(directory)) return 0;
   return KZDirCreate(directory.characters().c_str(), kDirectoryMode);
 }
 
-kz::String zeroPadded(kz::String const& text, int width) {
+kz::String zeroPadded(const kz::String& text, int width) {
   kz::String padded = text;
   while (padded.length() < width) padded.insert(0, "0");
   return padded;
@@ -88,7 +88,7 @@ void Utils::addBackslashChars(kz::String& text, char character) {
   }
 }
 
-kz::String Utils::createDelimitedStr(StringList* list, char const* delimiter) {
+kz::String Utils::createDelimitedStr(StringList* list, const char* delimiter) {
   const kz::String between(delimiter);
   kz::String joined;
   for (int i = 0; i < list->size(); ++i) {
@@ -108,7 +108,7 @@ Utils::StringList* Utils::convertToStringList(int count, char** texts) {
   return list.release();
 }
 
-kz::String Utils::getTime(char const* format) {
+kz::String Utils::getTime(const char* format) {
   KZTime local{};
   KZTimeGetLocal(&local);
   const std::time_t seconds = KZTimeToPosix(&local);

@@ -32,14 +32,14 @@ class Utils {
   // Puts a backslash before every occurrence of the character.
   static void addBackslashChars(kz::String& text, char character);
 
-  static kz::String createDelimitedStr(StringList* list, char const* delimiter);
+  static kz::String createDelimitedStr(StringList* list, const char* delimiter);
   // Joined by single blanks.
   static kz::String convertStringListToString(StringList* list);
   // A new list that the caller takes a reference on.
   static StringList* convertToStringList(int count, char** texts);
 
   // The local time in the format of strftime; empty when that gives more than 99 bytes.
-  static kz::String getTime(char const* format);
+  static kz::String getTime(const char* format);
   // Zeros in front of the first three components of a dotted version, up to 2, 2 and 3 digits.
   static void formatEngVerString(kz::String& version);
   // A duration of zero or more seconds as "1 day  01:01:01".

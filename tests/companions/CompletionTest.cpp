@@ -21,12 +21,12 @@ constexpr char kShowLine[] = "\x01printf '<%s>' \r";
 // An interactive shell on a pseudo-terminal, driven by keys as a person drives it.
 class Terminal {
  public:
-  Terminal(std::string const& command, std::map<std::string, std::string> const& environment) {
+  Terminal(const std::string& command, const std::map<std::string, std::string>& environment) {
     winsize size{50, 200, 0, 0};
     shell_ = forkpty(&terminal_, nullptr, nullptr, &size);
     if (shell_ != 0) return;
     clearenv();
-    for (auto const& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
+    for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
     execl("/bin/sh", "sh", "-c", ("exec " + command).c_str(), nullptr);
     _exit(127);
   }
@@ -35,13 +35,13 @@ class Terminal {
     kill(shell_, SIGKILL);
     waitpid(shell_, nullptr, 0);
   }
-  Terminal(Terminal const&) = delete;
-  Terminal& operator=(Terminal const&) = delete;
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
 
-  void type(std::string const& keys) const { (void)!write(terminal_, keys.data(), keys.size()); }
+  void type(const std::string& keys) const { (void)!write(terminal_, keys.data(), keys.size()); }
   // What came out since the last wait, up to and with the text; everything when the text does not
   // come within ten seconds.
-  std::string waitFor(std::string const& text) {
+  std::string waitFor(const std::string& text) {
     std::size_t end = 0;
     while ((end = seen_.find(text)) == std::string::npos) {
       pollfd waiting{terminal_, POLLIN, 0};
@@ -95,7 +95,7 @@ class Completion : public testing::TestWithParam<Shell> {
     EXPECT_EQ(0, knob(home.path(), std::move(arguments)).run().status);
   }
   // The words of the line as they are after the keys, each in angle brackets.
-  std::string completed(std::string const& keys) {
+  std::string completed(const std::string& keys) {
     const std::string first = keys.starts_with("knob-diff") ? "<knob-diff>" : "<knob>";
     terminal->type(keys + kShowLine);
     std::string all;
@@ -129,7 +129,7 @@ TEST_P(Completion, PutsIdsAndValuesOfTheEngineThatTheLineNames) {
       {"knob replica\t", "<knob><replica>"},
       {"knob -S \"$(touch " + (home / "evaluated") + ";echo x)\" 25 \t", "<knob><-S><x><25>"},
   };
-  for (auto const& [keys, words] : cases) {
+  for (const auto& [keys, words] : cases) {
     EXPECT_EQ(words, completed(keys)) << keys;
     std::filesystem::remove(home / "evaluated");  // by the shell, when it ran the shown line
   }
@@ -155,12 +155,12 @@ TEST_P(Completion, ShowsSeveralAndLeavesTheWord) {
 }
 
 TEST_P(Completion, GivesThePromptBackWhenTheServerIsSilent) {
-  const HttpDouble silent([](std::string const&) { return Reply{}; });
+  const HttpDouble silent([](const std::string&) { return Reply{}; });
   const std::string server = "postgresql://u:pw@" + silent.address();
   EXPECT_EQ("<knob><-S><" + server + "><work>", completed("knob -S " + server + " work\t"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Shells, Completion, testing::ValuesIn(shells()),
-                         [](auto const& instance) { return instance.index == 0 ? "bash" : "zsh"; });
+                         [](const auto& instance) { return instance.index == 0 ? "bash" : "zsh"; });
 
 }  // namespace

@@ -17,24 +17,24 @@ class Diff : public testing::Test {
     set("b", "15", "1");
   }
 
-  static std::string store(std::string const& name) { return "file:" + name + ".db"; }
+  static std::string store(const std::string& name) { return "file:" + name + ".db"; }
   Outcome knobRun(std::vector<std::string> arguments) const {
     return process(std::move(arguments), "").run();
   }
-  void set(std::string const& name, std::string const& id, std::string const& value) const {
+  void set(const std::string& name, const std::string& id, const std::string& value) const {
     EXPECT_EQ(0, knobRun({"-S", store(name), id, value}).status);
   }
-  std::string exported(std::string const& name, std::vector<std::string> options = {}) const {
+  std::string exported(const std::string& name, std::vector<std::string> options = {}) const {
     std::string path = name + ".export";
     options.insert(options.end(), {"-S", store(name), "-F", "-O", path});
     EXPECT_EQ(0, knobRun(std::move(options)).status);
     return path;
   }
-  std::string file(std::string const& content) const {
+  std::string file(const std::string& content) const {
     writeFile(home / "written", content);
     return "written";
   }
-  Process process(std::vector<std::string> arguments, char const* companion = "-diff") const {
+  Process process(std::vector<std::string> arguments, const char* companion = "-diff") const {
     Process process = knob(home.path(), std::move(arguments));
     process.arguments[0] += companion;
     process.folder = home.path();
@@ -56,15 +56,15 @@ TEST_F(Diff, TellsTheSameOfServersAndFilesInEitherForm) {
       "74  LISTENER ADDRESSES        two  blanks  \"\"\n";
   const std::string text = exported("a"), other = "b.json";
   EXPECT_EQ(0, knobRun({"-S", store("b"), "-O", other, "-JSON"}).status);
-  for (std::string const& a : {store("a"), text}) {
-    for (std::string const& b : {store("b"), other}) {
+  for (const std::string& a : {store("a"), text}) {
+    for (const std::string& b : {store("b"), other}) {
       const Outcome run = diff({a, b});
       EXPECT_EQ(1, run.status) << run.err;
       EXPECT_EQ("A: " + a + "\nB: " + b + table, run.out);
     }
   }
   writeFile(home / "marked", "\xEF\xBB\xBF" + readFile(home / text) + "\n# a comment\n");
-  for (auto const& same : {std::vector{store("a"), text}, std::vector{other, store("b")},
+  for (const auto& same : {std::vector{store("a"), text}, std::vector{other, store("b")},
                            std::vector<std::string>{"marked", text}}) {
     const Outcome run = diff(same);
     EXPECT_EQ(0, run.status) << run.err;
@@ -86,12 +86,12 @@ TEST_F(Diff, ComparesWhatIsAskedFor) {
       {{"--changed", store("a")}, {48, 25, 74}},
       {{"--changed", exported("b", {"-JSON"})}, {15}},
   };
-  for (auto const& test : cases) {
+  for (const auto& test : cases) {
     std::vector<std::string> arguments = test.arguments;
     arguments.emplace_back("-JSON");
     std::vector<int> ids;
     const auto told = nlohmann::json::parse(diff(arguments).out);
-    for (auto const& difference : told["differences"]) {
+    for (const auto& difference : told["differences"]) {
       ids.push_back(difference["id"]);
     }
     EXPECT_EQ(test.ids, ids) << test.arguments[0];
@@ -139,7 +139,7 @@ TEST_F(Diff, RefusesWhatCannotBeReadBeyondDoubt) {
       {"{\"category_list\": 5}", "not an export"},
       {"{}", "not an export"},
   };
-  for (auto const& test : cases) {
+  for (const auto& test : cases) {
     const Outcome run = diff({file(test.content), store("a")});
     EXPECT_EQ(2, run.status) << test.reason;
     EXPECT_EQ("", run.out);
@@ -165,7 +165,7 @@ TEST_F(Diff, ReportsTroubleWithTheSideThatHasIt) {
       {{"nowhere://x", store("b")}, "nowhere://x: 7104"},
       {{"", store("b")}, "a server or a file is named by an empty text"},
   };
-  for (auto const& test : cases) {
+  for (const auto& test : cases) {
     const Outcome run = diff(test.arguments);
     EXPECT_EQ(2, run.status) << test.reason;
     EXPECT_NE(run.err.find("knob-diff: " + test.reason), std::string::npos) << run.err;
@@ -189,7 +189,7 @@ TEST(DiffSide, HandsPasswordsOnThroughTheEnvironmentAlone) {
       {"./localhost", "", "", ""},
       {"./file:x", "", "", ""},
   };
-  for (auto const& test : cases) {
+  for (const auto& test : cases) {
     const diff::Side side(test.name);
     EXPECT_EQ(test.server, side.server) << test.name;
     EXPECT_EQ(side.isServer() ? test.server : test.name, side.shown);

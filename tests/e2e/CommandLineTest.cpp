@@ -34,7 +34,7 @@ TEST(CommandLine, ReportsMisuseInTheChosenForm) {
       {{"-JSON", "abc"}, 1, "", "Invalid Command"},
   };
   TempFolder home;
-  for (auto const& test : cases) {
+  for (const auto& test : cases) {
     const Outcome run = knob(home.path(), test.arguments).run();
     SCOPED_TRACE(testing::PrintToString(test.arguments));
     EXPECT_EQ(test.status, run.status);
@@ -63,7 +63,7 @@ TEST(CommandLine, ReportsAFailedConnectionInTheChosenForm) {
       {{"25", "-U", tooLong}, "7102: "},
       {{"25", "-P", tooLong}, "7103: "},
       {{"25", "5", "-S", "file:" + home.path()}, "7302: "}};
-  for (auto const& [arguments, said] : cases) {
+  for (const auto& [arguments, said] : cases) {
     const Outcome text = knob(home.path(), arguments).run();
     EXPECT_EQ(1, text.status);
     EXPECT_EQ(kBanner, text.out);
@@ -91,7 +91,7 @@ TEST(CommandLine, FailsWhenItsOutputCannotBeWritten) {
       {{"25", "5"}, "-", "", 9, "0x80070109"},     {{"-H", "e"}, "|", "", 32, "0x80070120"},
       {{"-x"}, "", "/dev/full", 28, ""},           {{"25"}, "-", "-", 9, ""},
   };
-  for (auto const& test : cases) {
+  for (const auto& test : cases) {
     Process process = knob(home.path(), test.arguments);
     process.outTo = test.out;
     process.errTo = test.err;
@@ -107,9 +107,9 @@ TEST(CommandLine, FailsWhenItsOutputCannotBeWritten) {
 TEST(CommandLine, TracesOnDemand) {
   TempFolder home;
   const std::string values = "Set Id:  25\n\tValue : 7\n\tValue : 8\n";
-  const std::pair<char const*, std::string> cases[] = {
+  const std::pair<const char*, std::string> cases[] = {
       {"finer", values + "Inside setValue() for ID: 25\n"}, {"warning", ""}, {"loud", ""}};
-  for (auto const& [level, trace] : cases) {
+  for (const auto& [level, trace] : cases) {
     EXPECT_EQ(kBanner + trace + "Setting 25 was updated.\n",
               knob(home.path(), {"25", "7", "8", "-D", level}).run().out);
   }
@@ -127,7 +127,7 @@ TEST(CommandLine, ShowsNoPassword) {
       {"25", "-D", "ALL", "-S", "postgresql://u:secret@[::1]:1/d"},
       {"-S", "etcd://u:secret@[::1]:1/p", "25", "9"},
       {"-S", "postgres://[::1]:1?x=1&password=secret&sslpassword=secret"}};
-  for (auto const& arguments : cases) {
+  for (const auto& arguments : cases) {
     const std::string record = home / "record";
     std::filesystem::remove(record);
     Process process = knob(home.path(), arguments);
@@ -157,7 +157,7 @@ TEST(CommandLine, CallsTheInterfaceInOrder) {
       {{}, ""},
   };
   TempFolder home;
-  for (auto const& test : cases) {
+  for (const auto& test : cases) {
     const std::string record = home / "record";
     std::filesystem::remove(record);
     Process process = knob(home.path(), test.arguments);

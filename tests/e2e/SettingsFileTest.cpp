@@ -26,7 +26,7 @@ class SettingsFile : public testing::Test {
     return readFile(home / "new/folder/export");
   }
 
-  Outcome import(std::string const& content, std::vector<std::string> arguments = {}) const {
+  Outcome import(const std::string& content, std::vector<std::string> arguments = {}) const {
     writeFile(home / "import", content);
     arguments.insert(arguments.begin(), {"-I", home / "import"});
     return run(arguments);
@@ -39,8 +39,8 @@ class SettingsFile : public testing::Test {
     EXPECT_EQ("", written.out + written.err);
     std::string content;
     const json all = json::parse(readFile(home / "all.json"));
-    for (json const& category : all["category_list"]) {
-      for (json const& setting : category["settings_list"]) {
+    for (const json& category : all["category_list"]) {
+      for (const json& setting : category["settings_list"]) {
         content += kIdTag + " " + setting["id"].dump() + "\n" + kValueTag + " " +
                    awkwardValue(setting) + "\n";
       }
@@ -51,9 +51,9 @@ class SettingsFile : public testing::Test {
   TempFolder home;
 
  private:
-  static std::string awkwardValue(json const& setting) {
+  static std::string awkwardValue(const json& setting) {
     const std::string value = setting["value"];
-    json const& options = setting["options"];
+    const json& options = setting["options"];
     switch (setting["type"].get<int>()) {
       case 0:
         return options[options[0]["value"] == value ? 1 : 0]["value"];
@@ -69,7 +69,7 @@ class SettingsFile : public testing::Test {
         return value == "0" ? "1" : "0";
       default: {
         std::string all;
-        for (json const& option : options) all += option["index"].dump() + " ";
+        for (const json& option : options) all += option["index"].dump() + " ";
         all.pop_back();
         return all == value ? "0" : all;
       }
@@ -77,7 +77,7 @@ class SettingsFile : public testing::Test {
   }
 };
 
-std::string replaced(std::string text, std::string const& from, std::string const& to) {
+std::string replaced(std::string text, const std::string& from, const std::string& to) {
   for (std::size_t at = 0; (at = text.find(from, at)) != text.npos; at += to.size()) {
     text.replace(at, from.size(), to);
   }
@@ -117,7 +117,7 @@ TEST_F(SettingsFile, CarriesEveryValue) {
                                // Indented by a person, and in other case.
                                replaced(replaced(changed, "\t" + kIdTag, " \t  SETTING id:"),
                                         "\t" + kValueTag, "current VALUE:\t ")};
-  for (std::string const& form : forms) {
+  for (const std::string& form : forms) {
     ASSERT_EQ("", import(defaults).err);
     ASSERT_EQ(defaults, exported());
     ASSERT_EQ("", import(form).err);
@@ -146,7 +146,7 @@ TEST_F(SettingsFile, IsNotReplacedWithoutAYes) {
                {std::string(24, '\n') + "y", true},
                {std::string(25, '\n') + "y", true, true},
                {std::string(26, '\n') + "y", false, true}};
-  for (auto const& test : cases) {
+  for (const auto& test : cases) {
     writeFile(home / "file", "mine");
     Process process = knob(home.path(), {"-O", home / "file"});
     process.input = test.answer;
@@ -205,7 +205,7 @@ TEST_F(SettingsFile, ThatCannotBeWrittenOrReadIsAFailure) {
       {{"-I", home / "secret"}, 1, "/secret: " + denied, kNobody},
       {{"-I", home.path()}, 21, "0x80070115"},
   };
-  for (auto const& test : cases) {
+  for (const auto& test : cases) {
     Process process = knob(home.path(), test.arguments);
     process.folder = test.user == 0 ? home.path() : home / "locked";
     process.user = test.user;
@@ -229,11 +229,11 @@ TEST_F(SettingsFile, DoesNotReplaceTheStoreThatItIsReadFrom) {
 }
 
 TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
-  const auto setting = [](std::string const& id, std::string const& value) {
+  const auto setting = [](const std::string& id, const std::string& value) {
     return kIdTag + id + "\n" + kValueTag + value + "\n";
   };
   // What is said of a value that the engine refuses.
-  const auto refused = [this](std::string const& id, std::string const& value) {
+  const auto refused = [this](const std::string& id, const std::string& value) {
     const std::string reason = run({id, value}).err;
     return reason.substr(0, reason.find('\n')) + " (Setting " + id + ")\n";
   };
@@ -280,7 +280,7 @@ TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
       {setting("25", " 5" + replaced(std::string(100001, 'x'), "x", " x")), "", true},
       {setting("74", std::string(5000000, 'x')) + good, tooLong, true},
   };
-  for (auto const& test : cases) {
+  for (const auto& test : cases) {
     ASSERT_EQ(0, run({"25", "20"}).status);
     const Outcome outcome = import(test.content, test.arguments);
     SCOPED_TRACE(test.content.substr(0, 80));

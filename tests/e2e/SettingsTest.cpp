@@ -47,7 +47,7 @@ TEST(Settings, TakeAndRefuseValues) {
       {"74", std::string("\xF0\x9F\x94\xA7 \xC3\xA9\t\x80\xFF"), ""},
       {"74", std::string(1024, 'x'), "7201: "},
   };
-  for (auto const& test : cases) {
+  for (const auto& test : cases) {
     SCOPED_TRACE(test.id + "=" + test.value.substr(0, 20));
     const std::string before = knob(home.path(), {test.id}).run().out;
     const Outcome run = knob(home.path(), {test.id, test.value}).run();
@@ -65,7 +65,7 @@ TEST(Settings, TakeAndRefuseValues) {
 
 TEST(Settings, AreFoundByAPartOfTheirNames) {
   TempFolder home;
-  const auto found = [&](char const* keyword) {
+  const auto found = [&](const char* keyword) {
     return json::parse(knob(home.path(), {"-H", keyword, "-JSON"}).run().out)["search_output"];
   };
   const Outcome text = knob(home.path(), {"-H", "lock WAIT l"}).run();
@@ -85,7 +85,7 @@ TEST(Settings, LieInTheUsersStateFolder) {
   } cases[] = {{root / "a", "", root / "a/.local/state/knob"},
                {root / "b", "state", root / "b/.local/state/knob"},
                {"", root / "c", root / "c/knob"}};
-  for (auto const& [home, state, folder] : cases) {
+  for (const auto& [home, state, folder] : cases) {
     Process process = knob("", {"25", "5"});
     process.environment = {{"HOME", home}, {"XDG_STATE_HOME", state}};
     EXPECT_EQ("", process.run().err);

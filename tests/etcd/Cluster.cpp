@@ -11,7 +11,7 @@ constexpr char kServer[] = "/usr/bin/etcd";
 constexpr char kControl[] = "/usr/bin/etcdctl";
 constexpr char kOpenssl[] = "/usr/bin/openssl";
 
-std::string url(std::string const& scheme, int port) {
+std::string url(const std::string& scheme, int port) {
   return scheme + "://127.0.0.1:" + std::to_string(port);
 }
 
@@ -77,13 +77,13 @@ void Cluster::start(std::size_t node) {
   nodes_[node].server.start(std::move(words), {}, kNobody, "/dev/null");
 }
 
-std::string Cluster::address(std::string const& prefix) const {
+std::string Cluster::address(const std::string& prefix) const {
   std::string hosts;
-  for (Node const& node : nodes_) hosts += ",127.0.0.1:" + std::to_string(node.port);
+  for (const Node& node : nodes_) hosts += ",127.0.0.1:" + std::to_string(node.port);
   return (secure_ ? "etcds://" : "etcd://") + hosts.substr(1) + prefix;
 }
 
-void Cluster::certificate(std::string const& name, std::string const& subject) const {
+void Cluster::certificate(const std::string& name, const std::string& subject) const {
   const std::string script =
       "exec 2>&1; cd " + folder_.path() +
       "; key='-newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes'\n"
@@ -110,7 +110,7 @@ std::string Cluster::ctl(std::vector<std::string> arguments) const {
   return run.out;
 }
 
-std::map<std::string, std::string> Cluster::clientFiles(std::string const& name) const {
+std::map<std::string, std::string> Cluster::clientFiles(const std::string& name) const {
   return {{"ETCDCTL_CACERT", file("ca.pem")},
           {"ETCDCTL_CERT", file(name + ".pem")},
           {"ETCDCTL_KEY", file(name + ".key")}};
@@ -118,7 +118,7 @@ std::map<std::string, std::string> Cluster::clientFiles(std::string const& name)
 
 void Cluster::await() const { ctl({"--dial-timeout=20s", "--command-timeout=20s", "get", "/"}); }
 
-Process Cluster::knob(std::string const& prefix, std::vector<std::string> arguments) const {
+Process Cluster::knob(const std::string& prefix, std::vector<std::string> arguments) const {
   arguments.insert(arguments.end(), {"-S", address(prefix)});
   return ::knob(folder_.path(), std::move(arguments));
 }

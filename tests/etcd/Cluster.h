@@ -28,17 +28,17 @@ class Cluster {
 
   int port(std::size_t node) const { return nodes_[node].port; }
   // "etcd://HOST:PORT,.../prefix"
-  std::string address(std::string const& prefix) const;
+  std::string address(const std::string& prefix) const;
   // Makes NAME.pem and NAME.key, signed by ca.pem, in the folder.
-  void certificate(std::string const& name, std::string const& subject) const;
+  void certificate(const std::string& name, const std::string& subject) const;
   // The variables that give them to a client.
-  std::map<std::string, std::string> clientFiles(std::string const& name) const;
-  std::string file(std::string const& name) const { return folder_ / name; }
+  std::map<std::string, std::string> clientFiles(const std::string& name) const;
+  std::string file(const std::string& name) const { return folder_ / name; }
 
   // The output of etcdctl, which has to succeed.
   std::string ctl(std::vector<std::string> arguments) const;
   void await() const;  // until the cluster answers
-  Process knob(std::string const& prefix, std::vector<std::string> arguments) const;
+  Process knob(const std::string& prefix, std::vector<std::string> arguments) const;
 
  private:
   struct Node {

@@ -19,7 +19,7 @@ using tn::etcd::Address;
 using tn::etcd::EtcdStore;
 using Values = std::map<int32_t, std::string>;
 
-std::string json(int status, int code, std::string const& text) {
+std::string json(int status, int code, const std::string& text) {
   return httpAnswer(status, "{\"error\":\"" + text + "\",\"code\":" + std::to_string(code) + "}");
 }
 
@@ -34,7 +34,7 @@ class Etcd : public testing::Test {
   static Cluster& cluster() { return Cluster::shared(); }
   EtcdStore store() const { return EtcdStore(Address::parse(cluster().address(prefix_), "", "")); }
   std::string key(int id) const { return prefix_ + "/settings/" + std::to_string(id); }
-  void put(int id, std::string const& value) const { cluster().ctl({"put", key(id), value}); }
+  void put(int id, const std::string& value) const { cluster().ctl({"put", key(id), value}); }
   Outcome knob(std::vector<std::string> arguments) const {
     return cluster().knob(prefix_, std::move(arguments)).run();
   }
@@ -49,8 +49,8 @@ TEST_F(Etcd, TakesTheSettingsOfTheLocalEngineAndGivesThemBack) {
   const std::vector<std::vector<std::string>> changes = {
       {"3", "no"},  {"25", "7"},      {"300", "\"a\\ 'b' \xc3\xa9 \xff{}%"},
       {"203", "1"}, {"78", "5", "0"}, {"74", ""}};
-  const auto run = [&](std::string const& server, std::vector<std::string> words,
-                       std::string const& at) {
+  const auto run = [&](const std::string& server, std::vector<std::string> words,
+                       const std::string& at) {
     words.insert(words.end(), {"-S", server});
     Process process = ::knob(folder.path(), words);
     process.folder = folder / at;
@@ -60,7 +60,7 @@ TEST_F(Etcd, TakesTheSettingsOfTheLocalEngineAndGivesThemBack) {
   };
   const std::string file = "file:" + folder / "settings.db";
   const std::string etcd = cluster().address(prefix_);
-  for (auto const& change : changes) run(file, change, "a");
+  for (const auto& change : changes) run(file, change, "a");
   run(file, {"-O", "out.txt"}, "a");
   run(etcd, {"-I", folder / "a/out.txt"}, "b");
   run(etcd, {"-O", "out.txt"}, "b");
@@ -80,7 +80,7 @@ TEST_F(Etcd, KeepsEveryByte) {
   }
   values[-7] = all + all;
   EtcdStore writing = store();
-  for (auto const& [id, value] : values) writing.write(id, value);
+  for (const auto& [id, value] : values) writing.write(id, value);
   EXPECT_EQ(values, store().readAll());
 }
 
@@ -186,13 +186,13 @@ TEST_F(Etcd, NeverWritesOverWhatCameAfterALostAnswer) {
   };
   const std::string path = prefix_;
   for (std::size_t i = 0; i < 2 * std::size(cases); ++i) {
-    Case const& c = cases[i / 2];
+    const Case& c = cases[i / 2];
     const bool existing = i % 2 == 1;
     if (!existing && c.changes == 0) continue;  // what never was cannot be seen to be removed
     SCOPED_TRACE(i);
     prefix_ = path + std::to_string(i);
     store().write(existing ? 25 : 1, "1");
-    const auto change = [&](std::string const& value) {
+    const auto change = [&](const std::string& value) {
       const std::string state = cluster().ctl({"get", key(25), "-w", "json"});
       if (value == "remove") {
         cluster().ctl({"del", key(25)});
@@ -206,7 +206,7 @@ TEST_F(Etcd, NeverWritesOverWhatCameAfterALostAnswer) {
     std::string withheld;
     bool first = true;
     const int port = cluster().port(0);
-    const HttpDouble proxy([&](std::string const& request) {
+    const HttpDouble proxy([&](const std::string& request) {
       const bool lost = first && request.find("request_put") != std::string::npos;
       if (!lost) return Reply{forwarded(port, request), true};
       first = false;
@@ -241,7 +241,7 @@ TEST_F(Etcd, LeavesWhatIsNotItsOwnAsItIs) {
       {"knob-registry 1", "99999999999", TN_REGISTRY_DAMAGED},
   };
   const std::string path = prefix_;
-  for (auto const& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.format + "/" + c.setting);
     prefix_ = path + std::to_string(&c - cases);
     EtcdStore early = store();
@@ -289,8 +289,8 @@ TEST_F(Etcd, GuardsSettingsWithLoginsAndCertificates) {
       {foreign, root, "7602"},
       {none, root, "7602"},
   };
-  for (auto const& c : cases) {
-    for (bool const registry : {false, true}) {
+  for (const auto& c : cases) {
+    for (const bool registry : {false, true}) {
       SCOPED_TRACE(testing::PrintToString(c.login) + c.code);
       Process process = registry
                             ? ::knob(secure.file(""),
@@ -321,8 +321,8 @@ TEST(EtcdAnswers, AreToldApart) {
        TN_REGISTRY_DAMAGED},
       {httpAnswer(200, R"({"responses":[{},{}]})"), TN_SUCCESS},
   };
-  for (auto const& [answer, status] : cases) {
-    const HttpDouble server([&, bytes = answer](std::string const&) { return Reply{bytes}; });
+  for (const auto& [answer, status] : cases) {
+    const HttpDouble server([&, bytes = answer](const std::string&) { return Reply{bytes}; });
     EtcdStore store(Address::parse("etcd://" + server.address() + "/p", "", ""));
     EXPECT_EQ(status, statusOf([&] { store.readAll(); })) << answer.substr(0, 200);
   }
@@ -331,7 +331,7 @@ TEST(EtcdAnswers, AreToldApart) {
 TEST(EtcdAnswers, ThatALoginHasExpiredLeadToAnotherOne) {
   int logins = 0;
   int usable = 2;
-  const HttpDouble server([&](std::string const& request) {
+  const HttpDouble server([&](const std::string& request) {
     if (request.find("/authenticate") != std::string::npos) {
       return Reply{httpAnswer(200, "{\"token\":\"t" + std::to_string(++logins) + "\"}")};
     }
@@ -366,12 +366,12 @@ TEST(EtcdAddress, IsReadAsAdministratorsWriteIt) {
       {"etcd://a/p", "http://a:2379 /p v:q s", "", "", "v:q", "s"},
       {"etcd://u@a/p", "http://a:2379 /p u s", "", "", "v", "s"},
   };
-  for (auto const& c : cases) {
+  for (const auto& c : cases) {
     setenv("ETCDCTL_USER", c.userVariable.c_str(), 1);
     setenv("ETCDCTL_PASSWORD", c.passwordVariable.c_str(), 1);
     const Address address = Address::parse(c.server, c.user, c.password);
     std::string understood;
-    for (std::string const& endpoint : address.endpoints) understood += endpoint + " ";
+    for (const std::string& endpoint : address.endpoints) understood += endpoint + " ";
     understood += address.prefix + " " + address.user + " " + address.password;
     EXPECT_EQ(c.understood, understood) << c.server;
   }

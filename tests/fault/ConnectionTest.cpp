@@ -24,14 +24,14 @@ class ConnectionTo : public testing::TestWithParam<EngineKind> {
     if (harness->engine().port == 0) GTEST_SKIP() << "no server";
   }
 
-  Process through(Proxy const& proxy, Command const& command) const {
+  Process through(const Proxy& proxy, const Command& command) const {
     Process process = harness->program(command);
     process.arguments.back() = harness->engine().serverAt(proxy.port());
     return process;
   }
 
   // Of the bytes that the command sends and gets.
-  std::set<long> positions(Command const& command, Proxy::Direction direction, long count) const {
+  std::set<long> positions(const Command& command, Proxy::Direction direction, long count) const {
     const Proxy whole(harness->engine().port);
     EXPECT_EQ(0, through(whole, command).run().status);
     const long last = whole.passed(direction);
@@ -45,11 +45,11 @@ class ConnectionTo : public testing::TestWithParam<EngineKind> {
 
 TEST_P(ConnectionTo, MayBeCutOrSlowAnywhere) {
   const long count = std::getenv("KNOB_FAULT_RUNS") ? std::atol(std::getenv("KNOB_FAULT_RUNS")) : 6;
-  for (Command const& command : harness->commands()) {
+  for (const Command& command : harness->commands()) {
     harness->learn(command);
-    for (auto const direction : {Proxy::toServer, Proxy::toClient}) {
+    for (const auto direction : {Proxy::toServer, Proxy::toClient}) {
       for (const long after : positions(command, direction, count)) {
-        for (auto const trouble : {Proxy::Trouble::cut, Proxy::Trouble::slow}) {
+        for (const auto trouble : {Proxy::Trouble::cut, Proxy::Trouble::slow}) {
           if (trouble == Proxy::Trouble::slow && after != 0) continue;
           SCOPED_TRACE(command.name + " " + std::to_string(direction) + " " +
                        std::to_string(after));
@@ -70,16 +70,16 @@ TEST_P(ConnectionTo, MayBeCutOrSlowAnywhere) {
 
 // At once, since each of them waits.
 TEST_P(ConnectionTo, IsNotWaitedForWithoutEnd) {
-  for (Command const& command : harness->commands()) {
+  for (const Command& command : harness->commands()) {
     if (command.name != "import") continue;
     harness->learn(command);
     std::set<std::pair<Proxy::Direction, long>> places;
-    for (auto const direction : {Proxy::toServer, Proxy::toClient}) {
+    for (const auto direction : {Proxy::toServer, Proxy::toClient}) {
       for (const long after : positions(command, direction, 6)) places.emplace(direction, after);
     }
     harness->reset();
     std::vector<std::thread> stalled;
-    for (auto const& place : places) {
+    for (const auto& place : places) {
       stalled.emplace_back([&] {
         const Proxy proxy(harness->engine().port, Proxy::Trouble::stall, place.first, place.second);
         const auto begin = Clock::now();
@@ -96,6 +96,6 @@ TEST_P(ConnectionTo, IsNotWaitedForWithoutEnd) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, ConnectionTo, testing::ValuesIn(engineKinds()),
-                         [](auto const& row) { return row.param.name; });
+                         [](const auto& row) { return row.param.name; });
 
 }  // namespace

@@ -5,7 +5,7 @@
 
 #include "support/TempFolder.h"
 
-Disk::Disk(std::string const& traceFile, std::string folder, Files before)
+Disk::Disk(const std::string& traceFile, std::string folder, Files before)
     : folder_(std::move(folder)), before_(std::move(before)) {
   std::istringstream trace(readFile(traceFile));
   Operation read{};
@@ -17,7 +17,7 @@ Disk::Disk(std::string const& traceFile, std::string folder, Files before)
   }
 }
 
-void Disk::apply(Operation const& operation, Files& files, std::size_t size) {
+void Disk::apply(const Operation& operation, Files& files, std::size_t size) {
   if (operation.kind == "create") files[operation.path];
   if (operation.kind == "unlink") files.erase(operation.path);
   const auto file = files.find(operation.path);
@@ -30,13 +30,13 @@ void Disk::apply(Operation const& operation, Files& files, std::size_t size) {
 }
 
 // A folder's sync settles which names are in it, a file's what it holds.
-bool Disk::settles(Operation const& sync, Operation const& earlier) const {
+bool Disk::settles(const Operation& sync, const Operation& earlier) const {
   const bool name = earlier.kind == "create" || earlier.kind == "unlink";
   return name ? sync.path == folder_ : sync.path == earlier.path;
 }
 
 std::vector<Disk::Files> Disk::afterCut(std::size_t steps) const {
-  std::vector<Operation const*> open;
+  std::vector<const Operation*> open;
   std::vector<bool> settled(steps, false);
   for (std::size_t i = 0; i < steps; ++i) {
     if (operations_[i].kind != "sync") continue;

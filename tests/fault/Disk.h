@@ -13,7 +13,7 @@ class Disk {
   using Files = std::map<std::string, std::string>;  // path and content
 
   // Only files of the folder count. `before` are those at the beginning of the run.
-  Disk(std::string const& traceFile, std::string folder, Files before);
+  Disk(const std::string& traceFile, std::string folder, Files before);
 
   // How many steps the run took. After the last one it had ended.
   std::size_t steps() const { return operations_.size(); }
@@ -28,8 +28,8 @@ class Disk {
     std::size_t offset;
     std::string bytes;
   };
-  static void apply(Operation const& operation, Files& files, std::size_t size);
-  bool settles(Operation const& sync, Operation const& earlier) const;
+  static void apply(const Operation& operation, Files& files, std::size_t size);
+  bool settles(const Operation& sync, const Operation& earlier) const;
 
   std::string folder_;
   Files before_;

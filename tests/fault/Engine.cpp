@@ -20,7 +20,7 @@ const std::vector<std::string> kIds = {"25", "7",  "8",  "9",   "10",  "13", "16
                                        "28", "29", "30", "31",  "32",  "48", "49",
                                        "69", "64", "66", "179", "201", "72"};
 
-Engine makeLocal(std::string const& home) {
+Engine makeLocal(const std::string& home) {
   const std::string folder = home + "/store";
   const std::string store = folder + "/settings.db";
   const std::string server = "file:" + store;
@@ -47,12 +47,12 @@ Engine makeLocal(std::string const& home) {
 }
 
 #ifdef KNOB_POSTGRESQL
-Engine makePostgres(std::string const&) {
-  Server const& server = Server::shared();
+Engine makePostgres(const std::string&) {
+  const Server& server = Server::shared();
   server.reset();
   std::map<std::string, std::string> idOf;
   std::vector<std::string> ids;
-  for (char const* const name : {"work_mem",
+  for (const char* const name : {"work_mem",
                                  "commit_siblings",
                                  "statement_timeout",
                                  "lock_timeout",
@@ -98,7 +98,7 @@ Engine makePostgres(std::string const&) {
 #ifdef KNOB_ETCD
 constexpr char kPrefix[] = "/faults";
 
-Engine makeEtcd(std::string const& home) {
+Engine makeEtcd(const std::string& home) {
   static Cluster cluster(1);
   const auto serverAt = [](int port) {
     return "etcd://127.0.0.1:" + std::to_string(port) + kPrefix;
@@ -126,7 +126,7 @@ Engine makeEtcd(std::string const& home) {
 
 }  // namespace
 
-std::vector<EngineKind> const& engineKinds() {
+const std::vector<EngineKind>& engineKinds() {
   static const std::vector<EngineKind> kinds = {
       {"local", [] { return ""; }, makeLocal},
 #ifdef KNOB_POSTGRESQL
@@ -139,7 +139,7 @@ std::vector<EngineKind> const& engineKinds() {
   return kinds;
 }
 
-Values exportedValues(std::string const& home, std::vector<std::string> arguments) {
+Values exportedValues(const std::string& home, std::vector<std::string> arguments) {
   const std::string file = home + "/values";
   arguments.insert(arguments.end(), {"-O", file, "-F"});
   Values values;

@@ -25,13 +25,13 @@ struct Engine {
 struct EngineKind {
   std::string name;
   std::function<std::string()> obstacle;  // why there can be none here; empty when there can
-  std::function<Engine(std::string const& home)> make;
+  std::function<Engine(const std::string& home)> make;
 };
 
 // Those that were built.
-std::vector<EngineKind> const& engineKinds();
+const std::vector<EngineKind>& engineKinds();
 
 // What an export with these further arguments says of all settings.
-Values exportedValues(std::string const& home, std::vector<std::string> arguments);
+Values exportedValues(const std::string& home, std::vector<std::string> arguments);
 
 #endif

@@ -55,23 +55,23 @@ bool unsynced[1024];  // by descriptor: written since it was last synced
 
 bool& unsyncedOf(int file) { return unsynced[static_cast<unsigned>(file) % std::size(unsynced)]; }
 
-long openFile(char const* path, int flags) {
+long openFile(const char* path, int flags) {
   return syscall(SYS_openat, AT_FDCWD, path, flags | O_CLOEXEC, 0666);
 }
 
 void readPlan() {
   plan.read = true;
-  if (char const* const path = std::getenv("FAULT_TRACE")) {
+  if (const char* const path = std::getenv("FAULT_TRACE")) {
     plan.trace = static_cast<int>(openFile(path, O_WRONLY | O_CREAT | O_APPEND));
   }
-  char const* const variable = std::getenv("FAULT");
+  const char* const variable = std::getenv("FAULT");
   if (variable == nullptr) return;
   const std::string_view text = variable;
   const std::size_t effect = text.find(':') + 1;
   const std::size_t number = text.find(':', effect) + 1;
   if (effect == 0 || number == 0) std::abort();
   plan.kind = text.substr(0, effect - 1);
-  for (auto const& [name, error] : kEffects) {
+  for (const auto& [name, error] : kEffects) {
     if (name == text.substr(effect, number - 1 - effect)) plan.error = error;
   }
   if (plan.error == 0) std::abort();
@@ -93,14 +93,14 @@ int effectOn(std::string_view kind) {
 }
 
 // "OPERATION PATH OFFSET SIZE\n", then the bytes.
-void trace(char const* operation, char const* path, long offset, long size = 0,
-           void const* bytes = nullptr) {
+void trace(const char* operation, const char* path, long offset, long size = 0,
+           const void* bytes = nullptr) {
   if (plan.trace < 0) return;
   dprintf(plan.trace, "%s %s %ld %ld\n", operation, path, offset, size);
   if (size > 0) syscall(SYS_write, plan.trace, bytes, size);
 }
-void trace(char const* operation, int file, long offset, long size = 0,
-           void const* bytes = nullptr) {
+void trace(const char* operation, int file, long offset, long size = 0,
+           const void* bytes = nullptr) {
   if (plan.trace < 0) return;
   char link[32];
   char path[4096];
@@ -110,7 +110,7 @@ void trace(char const* operation, int file, long offset, long size = 0,
   trace(operation, path, offset, size, bytes);
 }
 
-int opened(char const* path, int flags, mode_t mode) {
+int opened(const char* path, int flags, mode_t mode) {
   if (effectOn("open") != 0) return -1;
   const bool made = (flags & O_CREAT) != 0 && syscall(SYS_access, path, F_OK) != 0;
   const long file = syscall(SYS_openat, AT_FDCWD, path, flags, mode);
@@ -119,7 +119,7 @@ int opened(char const* path, int flags, mode_t mode) {
   return static_cast<int>(file);
 }
 
-ssize_t written(int file, void const* bytes, std::size_t size, off_t offset, bool positioned) {
+ssize_t written(int file, const void* bytes, std::size_t size, off_t offset, bool positioned) {
   const int effect = effectOn("write");
   if (effect > 0) return -1;
   if (effect == kShort && size > 1) size = 1;
@@ -159,7 +159,7 @@ std::size_t shortened(int effect, std::size_t size) {
 }
 
 [[gnu::destructor]] void writeCount() {
-  char const* const path = std::getenv("FAULT_COUNT");
+  const char* const path = std::getenv("FAULT_COUNT");
   if (path == nullptr) return;
   const int file = static_cast<int>(openFile(path, O_WRONLY | O_CREAT | O_TRUNC));
   dprintf(file, "%ld", plan.calls);
@@ -178,16 +178,16 @@ void* realloc(void* block, std::size_t size) {
   return effectOn("malloc") ? nullptr : __libc_realloc(block, size);
 }
 
-int open(char const* path, int flags, ...) {
+int open(const char* path, int flags, ...) {
   va_list more;
   va_start(more, flags);
   const mode_t mode = va_arg(more, mode_t);
   va_end(more);
   return opened(path, flags, mode);
 }
-[[gnu::alias("open")]] int open64(char const* path, int flags, ...);
-int __open_2(char const* path, int flags) { return opened(path, flags, 0); }
-int __open64_2(char const* path, int flags) { return opened(path, flags, 0); }
+[[gnu::alias("open")]] int open64(const char* path, int flags, ...);
+int __open_2(const char* path, int flags) { return opened(path, flags, 0); }
+int __open64_2(const char* path, int flags) { return opened(path, flags, 0); }
 
 // What a system tells of only now is lost: what was written and not synced.
 int close(int file) {
@@ -209,13 +209,13 @@ ssize_t pread64(int file, void* bytes, std::size_t size, off64_t offset) {
 }
 [[gnu::alias("pread64")]] ssize_t pread(int file, void* bytes, std::size_t size, off_t offset);
 
-ssize_t write(int file, void const* bytes, std::size_t size) {
+ssize_t write(int file, const void* bytes, std::size_t size) {
   return written(file, bytes, size, 0, false);
 }
-ssize_t pwrite64(int file, void const* bytes, std::size_t size, off64_t offset) {
+ssize_t pwrite64(int file, const void* bytes, std::size_t size, off64_t offset) {
   return written(file, bytes, size, offset, true);
 }
-[[gnu::alias("pwrite64")]] ssize_t pwrite(int file, void const* bytes, std::size_t size,
+[[gnu::alias("pwrite64")]] ssize_t pwrite(int file, const void* bytes, std::size_t size,
                                           off_t offset);
 
 int fsync(int file) { return synced(file); }
@@ -223,17 +223,17 @@ int fdatasync(int file) { return synced(file); }
 int ftruncate64(int file, off64_t size) { return truncated(file, size); }
 int ftruncate(int file, off_t size) { return truncated(file, size); }
 
-int unlink(char const* path) {
+int unlink(const char* path) {
   if (effectOn("unlink") != 0) return -1;
   const long result = syscall(SYS_unlinkat, AT_FDCWD, path, 0);
   if (result == 0) trace("unlink", path, 0);
   return static_cast<int>(result);
 }
 
-int connect(int socket, sockaddr const* address, socklen_t size) {
+int connect(int socket, const sockaddr* address, socklen_t size) {
   return effectOn("connect") ? -1 : static_cast<int>(syscall(SYS_connect, socket, address, size));
 }
-ssize_t send(int socket, void const* bytes, std::size_t size, int flags) {
+ssize_t send(int socket, const void* bytes, std::size_t size, int flags) {
   const int effect = effectOn("send");
   if (cut(socket, effect)) return -1;
   return syscall(SYS_sendto, socket, bytes, shortened(effect, size), flags, nullptr, 0);

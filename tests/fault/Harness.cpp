@@ -7,28 +7,28 @@
 namespace {
 
 // Whether messages tell of the setting.
-bool isNamed(std::string const& messages, std::string const& id) {
+bool isNamed(const std::string& messages, const std::string& id) {
   return std::regex_search(messages, std::regex("[Ss]etting " + id + "\\b"));
 }
 
 // A text that cannot be looked up is replaced by words that say so, whatever the exit status.
-bool lacksTexts(std::string const& text) {
+bool lacksTexts(const std::string& text) {
   return text.find("resource bundle is not installed") != text.npos ||
          text.find("KNOB_") != text.npos;
 }
 
 }  // namespace
 
-Harness::Harness(EngineKind const& kind) : engine_(kind.make(home_.path())) {
+Harness::Harness(const EngineKind& kind) : engine_(kind.make(home_.path())) {
   std::string changes;
-  for (std::string const& id : engine_.ids) {
+  for (const std::string& id : engine_.ids) {
     changes += "Setting ID: " + id + "\nCurrent Value: " + engine_.value + "\n";
   }
   writeFile(home_ / "import", changes);
 }
 
 std::vector<Command> Harness::commands() const {
-  std::string const& id = engine_.ids[0];
+  const std::string& id = engine_.ids[0];
   return {{"show", {id}},
           {"set", {id, engine_.value}, {id}},
           {"search", {"-H", "e", "-JSON"}},
@@ -37,20 +37,20 @@ std::vector<Command> Harness::commands() const {
           {"import", {"-I", home_ / "import"}, engine_.ids}};
 }
 
-Process Harness::program(Command const& command) const {
+Process Harness::program(const Command& command) const {
   std::vector<std::string> arguments = command.arguments;
   arguments.insert(arguments.end(), {"-S", engine_.server});
   return knob(home_.path(), arguments);
 }
 
-Process Harness::faulted(Command const& command, std::string const& fault) const {
+Process Harness::faulted(const Command& command, const std::string& fault) const {
   Process process = program(command);
   process.environment["LD_PRELOAD"] = KNOB_FAULT_PRELOAD;
   if (!fault.empty()) process.environment["FAULT"] = fault;
   return process;
 }
 
-long Harness::count(Command const& command, std::string const& kind) const {
+long Harness::count(const Command& command, const std::string& kind) const {
   const TempFolder folder;
   Process process = faulted(command, kind + ":EIO:0");
   process.environment["FAULT_COUNT"] = folder / "count";
@@ -59,21 +59,21 @@ long Harness::count(Command const& command, std::string const& kind) const {
   return std::stol(readFile(folder / "count"));
 }
 
-void Harness::learn(Command const& command) {
+void Harness::learn(const Command& command) {
   reset();
   old_ = values();
   const Outcome run = program(command).run();
   EXPECT_EQ(0, run.status) << run.err;
   EXPECT_EQ("", run.err);
   wanted_ = values();
-  for (std::string const& id : command.changes) EXPECT_NE(old_[id], wanted_[id]) << id;
+  for (const std::string& id : command.changes) EXPECT_NE(old_[id], wanted_[id]) << id;
   wantedOut_ = run.out;
   wantedOutput_ = readFile(output_);
   wantedFiles_ = files();
   reset();
 }
 
-void Harness::check(Command const& command, Outcome const& run, Reports reports) {
+void Harness::check(const Command& command, const Outcome& run, Reports reports) {
   EXPECT_LT(run.status, 128) << "ended by a signal, or too late";
   const bool saysSo = lacksTexts(run.out) || lacksTexts(readFile(output_));
   if (run.status == 0 && !saysSo && reports == Reports::arrive) {
@@ -88,18 +88,18 @@ void Harness::check(Command const& command, Outcome const& run, Reports reports)
         << run.err;
   }
   checkValues(command, run.err);
-  for (std::string const& id : command.changes) {
+  for (const std::string& id : command.changes) {
     const bool denied = run.err.find("Setting " + id + " was not changed") != run.err.npos;
     EXPECT_TRUE(!denied || values().at(id) == old_[id]) << id << " was changed";
   }
   if (command.name == "set") {
-    const auto says = [&](char const* words) { return run.err.find(words) != run.err.npos; };
+    const auto says = [&](const char* words) { return run.err.find(words) != run.err.npos; };
     EXPECT_TRUE(!says("Nothing was changed") || values() == old_) << run.err;
     EXPECT_TRUE(!says("The setting was changed") || values() == wanted_) << run.err;
   }
   const bool done = run.status == 0 && !lacksTexts(run.out);
   if (done || run.out.find(" was updated.") != run.out.npos) {
-    for (std::string const& id : command.changes) {
+    for (const std::string& id : command.changes) {
       if (!isNamed(run.err, id)) {
         EXPECT_EQ(wanted_[id], values().at(id)) << id << " was reported";
       }
@@ -107,14 +107,14 @@ void Harness::check(Command const& command, Outcome const& run, Reports reports)
   }
 }
 
-void Harness::checkValues(Command const& command, std::string const& told) {
-  Values const& found = values();
+void Harness::checkValues(const Command& command, const std::string& told) {
+  const Values& found = values();
   ASSERT_EQ(old_.size(), found.size());
-  for (auto const& [id, value] : found) {
+  for (const auto& [id, value] : found) {
     EXPECT_TRUE(value == old_[id] || value == wanted_[id]) << id << ": " << value;
   }
   bool over = false;
-  for (std::string const& id : command.changes) {
+  for (const std::string& id : command.changes) {
     if (isNamed(told, id)) continue;
     const bool changed = found.at(id) == wanted_[id];
     EXPECT_FALSE(over && changed) << id << " was changed after one that was not";
@@ -122,7 +122,7 @@ void Harness::checkValues(Command const& command, std::string const& told) {
   }
 }
 
-void Harness::checkLaterRun(Command const& command) {
+void Harness::checkLaterRun(const Command& command) {
   const Outcome run = program(command).run();
   EXPECT_EQ(0, run.status);
   EXPECT_EQ("", run.err);
@@ -137,7 +137,7 @@ void Harness::reset() {
   engine_.reset();
 }
 
-Values const& Harness::values() {
+const Values& Harness::values() {
   const auto [known, isNew] = valuesOf_.try_emplace(engine_.state());
   if (isNew) {
     const std::string before = readFile(output_);
@@ -151,11 +151,11 @@ Values const& Harness::values() {
 
 std::string Harness::files() const {
   std::vector<std::string> names;
-  for (auto const& entry : std::filesystem::recursive_directory_iterator(home_.path())) {
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(home_.path())) {
     names.push_back(entry.path());
   }
   std::sort(names.begin(), names.end());
   std::string all;
-  for (std::string const& name : names) all += name + "\n";
+  for (const std::string& name : names) all += name + "\n";
   return all;
 }

@@ -25,31 +25,31 @@ class Harness {
  public:
   enum class Reports { arrive, mayBeLost };
 
-  explicit Harness(EngineKind const& kind);
+  explicit Harness(const EngineKind& kind);
 
-  Engine const& engine() const { return engine_; }
-  std::string const& home() const { return home_.path(); }
+  const Engine& engine() const { return engine_; }
+  const std::string& home() const { return home_.path(); }
   std::vector<Command> commands() const;
 
-  Process program(Command const& command) const;
+  Process program(const Command& command) const;
   // The same with the fault library in front; `fault` is FAULT's value, empty for none.
-  Process faulted(Command const& command, std::string const& fault) const;
+  Process faulted(const Command& command, const std::string& fault) const;
   // How often the unharmed command makes calls of the kind.
-  long count(Command const& command, std::string const& kind) const;
+  long count(const Command& command, const std::string& kind) const;
 
   // Runs the command unharmed, to know what check() may expect, and takes its changes back.
-  void learn(Command const& command);
+  void learn(const Command& command);
   // The values that a command has begun with and was to give, where they are others.
-  void expect(Values const& old, Values const& wanted) { old_ = old, wanted_ = wanted; }
-  void check(Command const& command, Outcome const& run, Reports reports = Reports::arrive);
+  void expect(const Values& old, const Values& wanted) { old_ = old, wanted_ = wanted; }
+  void check(const Command& command, const Outcome& run, Reports reports = Reports::arrive);
   // Only what is stored: after a command that was killed.
-  void checkValues(Command const& command, std::string const& told);
-  void checkLaterRun(Command const& command);
+  void checkValues(const Command& command, const std::string& told);
+  void checkLaterRun(const Command& command);
   void reset();
 
-  Values const& values();  // found out once for each state of the engine
-  Values const& old() const { return old_; }
-  Values const& wanted() const { return wanted_; }
+  const Values& values();  // found out once for each state of the engine
+  const Values& old() const { return old_; }
+  const Values& wanted() const { return wanted_; }
 
  private:
   std::string files() const;  // the names of all files but those of the tests

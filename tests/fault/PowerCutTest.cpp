@@ -15,8 +15,8 @@ const std::string kTimeout = "/usr/bin/timeout";
 
 class LocalStore : public testing::Test {
  protected:
-  Command command(std::string const& name) const {
-    for (Command const& each : harness.commands()) {
+  Command command(const std::string& name) const {
+    for (const Command& each : harness.commands()) {
       if (each.name == name) return each;
     }
     throw std::invalid_argument(name);
@@ -24,19 +24,19 @@ class LocalStore : public testing::Test {
 
   Disk::Files files() const {
     Disk::Files all;
-    for (auto const& file : fs::directory_iterator(folder)) {
+    for (const auto& file : fs::directory_iterator(folder)) {
       all[file.path()] = readFile(file.path());
     }
     return all;
   }
-  void replaceFiles(Disk::Files const& by) const {
-    for (auto const& file : fs::directory_iterator(folder)) fs::remove(file);
-    for (auto const& [path, content] : by) writeFile(path, content);
+  void replaceFiles(const Disk::Files& by) const {
+    for (const auto& file : fs::directory_iterator(folder)) fs::remove(file);
+    for (const auto& [path, content] : by) writeFile(path, content);
   }
 
   // Runs the command on the store that is there now, and loads what may be left by a cut at every
   // stride-th step and at the end.
-  void cut(Command const& change, std::size_t stride) {
+  void cut(const Command& change, std::size_t stride) {
     const Disk::Files before = files();
     const Values old = harness.values();
     fs::remove(trace);
@@ -49,7 +49,7 @@ class LocalStore : public testing::Test {
     const Disk disk(trace, folder, before);
     ASSERT_GT(disk.steps(), 5U);
     for (std::size_t step = disk.steps() % stride; step <= disk.steps(); step += stride) {
-      for (Disk::Files const& left : disk.afterCut(step)) {
+      for (const Disk::Files& left : disk.afterCut(step)) {
         SCOPED_TRACE(change.name + " " + std::to_string(step));
         replaceFiles(left);
         ++built;
@@ -67,7 +67,7 @@ class LocalStore : public testing::Test {
 };
 
 TEST_F(LocalStore, HoldsTheOldOrTheNewValuesWhenThePowerIsCut) {
-  for (auto const& [name, stride] : {std::pair{"set", 1U}, std::pair{"import", 11U}}) {
+  for (const auto& [name, stride] : {std::pair{"set", 1U}, std::pair{"import", 11U}}) {
     harness.reset();
     cut(command(name), stride);
     replaceFiles({});  // the first change of all, which makes the store
@@ -78,7 +78,7 @@ TEST_F(LocalStore, HoldsTheOldOrTheNewValuesWhenThePowerIsCut) {
 
 // At times spread over the whole run; KNOB_KILLS=N for so many.
 TEST_F(LocalStore, HoldsTheOldOrTheNewValuesWhenItsWritersAreKilled) {
-  char const* const asked = std::getenv("KNOB_KILLS");
+  const char* const asked = std::getenv("KNOB_KILLS");
   const int kills = asked != nullptr ? std::atoi(asked) : 300;
   constexpr int kMoments = 97;
   int killed = 0;
@@ -128,9 +128,9 @@ TEST_F(LocalStore, HoldsTheOldOrTheNewValuesWhenItsWritersAreKilled) {
 
 // One in two of them is killed.
 TEST_F(LocalStore, LosesNoChangeOfManyWriters) {
-  char const* const asked = std::getenv("KNOB_KILLS");
+  const char* const asked = std::getenv("KNOB_KILLS");
   const std::size_t rounds = asked != nullptr ? std::stoul(asked) / 20 : 15;
-  Engine const& engine = harness.engine();
+  const Engine& engine = harness.engine();
   const Command import = command("import");
   harness.learn(import);
   for (std::size_t round = 0; round < rounds; ++round) {
@@ -148,7 +148,7 @@ TEST_F(LocalStore, LosesNoChangeOfManyWriters) {
     const Values found = harness.values();
     for (std::size_t i = 0; i < engine.ids.size(); ++i) {
       const std::string said = readFile(harness.home() + "/writer" + std::to_string(i));
-      std::string const& id = engine.ids[i];
+      const std::string& id = engine.ids[i];
       const bool told = said.find(" was updated.") != said.npos;
       EXPECT_TRUE(told || i % 2 == 1) << said;
       EXPECT_TRUE(found.at(id) == harness.wanted().at(id) ||

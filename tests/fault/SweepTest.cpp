@@ -46,13 +46,13 @@ const Fault kFaults[] = {
     {"recv", "short", "+", true},
 };
 
-bool isNetwork(Fault const& fault) {
+bool isNetwork(const Fault& fault) {
   return fault.kind == "connect" || fault.kind == "send" || fault.kind == "recv";
 }
 
 // The first and the last calls of a kind, and some of those between.
 std::vector<long> spread(long count, long usual) {
-  char const* const asked = std::getenv("KNOB_FAULT_RUNS");
+  const char* const asked = std::getenv("KNOB_FAULT_RUNS");
   const long most = asked != nullptr ? std::atol(asked) : usual;
   const long ends = most / 4;
   const long step = std::max(1L, (count - 2 * ends) / (most - 2 * ends));
@@ -73,11 +73,11 @@ TEST_P(Sweep, KeepsEveryPromiseWhateverCallFails) {
   Harness harness(GetParam());
   const bool onNetwork = harness.engine().port != 0;
   int runs = 0;
-  for (Command const& command : harness.commands()) {
+  for (const Command& command : harness.commands()) {
     harness.learn(command);
     ASSERT_FALSE(HasFailure());
     std::map<std::string, long> counts;
-    for (Fault const& fault : kFaults) {
+    for (const Fault& fault : kFaults) {
       if (isNetwork(fault) != onNetwork) continue;
       if (!counts.contains(fault.kind)) counts[fault.kind] = harness.count(command, fault.kind);
       for (const long n : spread(counts[fault.kind], onNetwork ? 3 : 24)) {
@@ -99,6 +99,6 @@ TEST_P(Sweep, KeepsEveryPromiseWhateverCallFails) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, Sweep, testing::ValuesIn(engineKinds()),
-                         [](auto const& row) { return row.param.name; });
+                         [](const auto& row) { return row.param.name; });
 
 }  // namespace

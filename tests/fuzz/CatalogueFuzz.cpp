@@ -2,7 +2,7 @@
 #include "fuzz/Fuzz.h"
 #include "tuning/cataloguefile/CatalogueFile.h"
 
-int LLVMFuzzerTestOneInput(uint8_t const* data, std::size_t size) {
+int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   useFastFolder();
   static const TempFolder folder;
   writeFile(folder / "catalogue.toml", std::string(textOf(data, size)));

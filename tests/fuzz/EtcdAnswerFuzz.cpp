@@ -5,15 +5,15 @@
 #include "tuning/TuningError.h"
 #include "tuning/etcd/EtcdStore.h"
 
-int LLVMFuzzerTestOneInput(uint8_t const* data, std::size_t size) {
+int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   static std::string answer;
-  static const HttpDouble server([](std::string const&) { return Reply{answer, true}; });
+  static const HttpDouble server([](const std::string &) { return Reply{answer, true}; });
   static const std::string name = "etcd://" + server.address() + "/p";
   answer = httpAnswer(200, std::string(textOf(data, size)));
   try {
     tn::etcd::EtcdStore store(tn::etcd::Address::parse(name, "", ""));
     store.readAll();
-  } catch (tn::TuningError const&) {
+  } catch (const tn::TuningError &) {
     // Said in a status.
   }
   return 0;

@@ -10,10 +10,10 @@
 
 #include "support/TempFolder.h"
 
-extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, std::size_t size);
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size);
 
-inline std::string_view textOf(uint8_t const* data, std::size_t size) {
-  return {reinterpret_cast<char const*>(data), size};
+inline std::string_view textOf(const uint8_t* data, std::size_t size) {
+  return {reinterpret_cast<const char*>(data), size};
 }
 
 // Ends the fuzzer, which keeps the input.

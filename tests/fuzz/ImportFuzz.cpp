@@ -19,7 +19,7 @@ kz::Reference<kz::io::PrintWriter> errorWriter() {
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(uint8_t const* data, std::size_t size) {
+int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   useFastFolder();
   static const TempFolder folder;
   writeFile(folder / "import", std::string(textOf(data, size)));
@@ -37,7 +37,7 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, std::size_t size) {
   try {
     CommandProcessor(service, silent, silent, logger, "", (folder / "import").c_str())
         .readConfiguration(true);
-  } catch (kz::Exception const&) {
+  } catch (const kz::Exception&) {
     // What cannot be said any better than by a status.
   }
   return 0;

@@ -7,11 +7,11 @@
 
 using namespace tn::postgresql;
 
-int LLVMFuzzerTestOneInput(uint8_t const* data, std::size_t size) {
+int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   const std::string_view text = textOf(data, size);
   const CommandLine options(text);
-  for (char const* const name : {"work_mem", "port", "a", ""}) options.value(name);
-  for (auto const kind : {NameList::Kind::names, NameList::Kind::identifiers}) {
+  for (const char* const name : {"work_mem", "port", "a", ""}) options.value(name);
+  for (const auto kind : {NameList::Kind::names, NameList::Kind::identifiers}) {
     const auto names = NameList::ofServer(text, kind);
     if (!names || names->empty()) continue;
     require(NameList::ofServer(NameList::stored(*names), kind) == names);
@@ -22,7 +22,7 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, std::size_t size) {
     require(NameList::ofServer(NameList::stored(*typed), NameList::Kind::identifiers) == typed);
   }
   ValueText::boolean(text);
-  for (char const* const unit : {"", "kB", "8kB", "MB", "B", "ms", "s", "min"}) {
+  for (const char* const unit : {"", "kB", "8kB", "MB", "B", "ms", "s", "min"}) {
     ValueText::integer(text, unit, ValueText::Fractions::refused);
     ValueText::integer(text, unit);
     if (const auto real = ValueText::real(text, unit)) ValueText::ofReal(*real);

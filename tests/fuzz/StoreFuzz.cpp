@@ -10,7 +10,7 @@ namespace {
 constexpr int kNumber = 25;
 
 struct Connection {
-  explicit Connection(std::string const& file)
+  explicit Connection(const std::string& file)
       : status(TnConnectServer(("file:" + file).c_str(), "", "", &handle)) {}
   ~Connection() {
     if (status == TN_SUCCESS) TnDisconnect(handle);
@@ -19,7 +19,7 @@ struct Connection {
   TnStatus status;
 };
 
-void readAll(Connection const& connection) {
+void readAll(const Connection& connection) {
   for (int id = 1; id < 302; ++id) {
     char text[TN_TEXT_SIZE];
     int size = sizeof text;
@@ -31,7 +31,7 @@ void readAll(Connection const& connection) {
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(uint8_t const* data, std::size_t size) {
+int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   useFastFolder();
   static const TempFolder folder;
   static const std::string file = folder / "settings.db";

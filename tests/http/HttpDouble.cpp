@@ -66,7 +66,7 @@ void HttpDouble::serve(int connection) {
   shutdown(connection, SHUT_RDWR);
 }
 
-std::string httpAnswer(int status, std::string const& body, std::string const& headers) {
+std::string httpAnswer(int status, const std::string& body, const std::string& headers) {
   return "HTTP/1.1 " + std::to_string(status) + " -\r\n" + headers +
          "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
 }
@@ -90,7 +90,7 @@ std::string readHttpMessage(int connection) {
 int connectTo(int port) {
   const int opened = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   const sockaddr_in address = loopback(port);
-  if (connect(opened, reinterpret_cast<sockaddr const*>(&address), sizeof address) == 0) {
+  if (connect(opened, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
     return opened;
   }
   close(opened);

@@ -18,7 +18,7 @@ struct Reply {
 class HttpDouble {
  public:
   // Called with the whole request, from one thread for each connection.
-  using Script = std::function<Reply(std::string const& request)>;
+  using Script = std::function<Reply(const std::string& request)>;
 
   explicit HttpDouble(Script script);
   ~HttpDouble();
@@ -39,7 +39,7 @@ class HttpDouble {
 };
 
 // A complete answer.
-std::string httpAnswer(int status, std::string const& body, std::string const& headers = "");
+std::string httpAnswer(int status, const std::string& body, const std::string& headers = "");
 
 // Reads one message of HTTP, as far as its head and Content-Length say; less if the peer ends it.
 std::string readHttpMessage(int connection);

@@ -8,7 +8,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string readelf(std::string const& option, fs::path const& file) {
+std::string readelf(const std::string& option, const fs::path& file) {
   const Outcome run = Process{{"/usr/bin/readelf", "-W", option, file}, {}}.run();
   EXPECT_EQ(0, run.status) << run.err;
   return run.out;
@@ -18,10 +18,10 @@ TEST(Hardening, IsInEveryBinary) {
   const fs::path tree = fs::path(programFolder()).parent_path();
   std::vector<fs::path> binaries = {tree / "bin/knob", tree / "bin/knob-diff",
                                     tree / "bin/knob-catalogue", tree / "lib/libtn.so.1"};
-  for (auto const& module : fs::directory_iterator(tree / "lib/knob")) binaries.push_back(module);
+  for (const auto& module : fs::directory_iterator(tree / "lib/knob")) binaries.push_back(module);
   int found = 0;
   int fortified = 0;
-  for (fs::path const& binary : binaries) {
+  for (const fs::path& binary : binaries) {
     if (!fs::exists(binary)) continue;  // an engine that was left out
     SCOPED_TRACE(binary);
     ++found;

@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 const std::string kSource = KNOB_SOURCE_DIR;
 
 // A command of the shell, which fails when any of its parts does.
-Outcome shell(std::string const& command, std::string const& home) {
+Outcome shell(const std::string& command, const std::string& home) {
   return Process{{"/bin/sh", "-ec", command},
                  {{"HOME", home}, {"PATH", getenv("PATH")}, {"XDG_STATE_HOME", home + "/state"}}}
       .run();
@@ -43,13 +43,13 @@ TEST_F(InstalledTree, FindsItsLibraryModulesAndTexts) {
       {program + " 25 -JSON", "\"value\": \"9\"", ""},
       {program + " -S postgresql://?host=/nowhere 25", "", "7402: "},
   };
-  for (auto const& test : cases) {
+  for (const auto& test : cases) {
     const Outcome run = shell(test.command, folder.path());
     EXPECT_EQ(test.err.empty() ? 0 : 1, run.status) << test.command;
     EXPECT_NE(run.out.find(test.out), run.out.npos) << run.out;
     EXPECT_TRUE(run.err.starts_with(test.err)) << run.err;
   }
-  for (auto const& entry : fs::directory_iterator(kSource + "/share/knob")) {
+  for (const auto& entry : fs::directory_iterator(kSource + "/share/knob")) {
     if (entry.path().extension() != ".properties") continue;
     const std::string installed = tree + KNOB_BUNDLEDIR "/" + entry.path().filename().string();
     EXPECT_EQ(readFile(entry.path()), readFile(installed)) << installed;
@@ -84,9 +84,9 @@ TEST(Pages, ShowTheVersionThatTheProgramTells) {
   std::smatch told;
   ASSERT_TRUE(std::regex_search(run.out, told, version)) << run.out;
   std::vector<fs::path> pages = {kSource + "/README.md"};
-  for (auto const& entry : fs::directory_iterator(kSource + "/docs")) pages.push_back(entry);
+  for (const auto& entry : fs::directory_iterator(kSource + "/docs")) pages.push_back(entry);
   int count = 0;
-  for (fs::path const& page : pages) {
+  for (const fs::path& page : pages) {
     const std::string text = readFile(page);
     for (std::sregex_iterator at(text.begin(), text.end(), version), end; at != end; ++at) {
       EXPECT_EQ(told.str(), at->str()) << page;

@@ -27,7 +27,7 @@ TEST(Text, KeepsEveryByte) {
                                             {"\xc0\x80\xe0\x80\x80", 5},
                                             {"\xed\xa0\x80", 3},
                                             {"\xf4\x90\x80\x80\xf5\x80", 6}};
-  for (auto const& [bytes, length] : cases) {
+  for (const auto& [bytes, length] : cases) {
     EXPECT_EQ(String(bytes).getBytes(), bytes);
     EXPECT_EQ(String(bytes).length(), length) << bytes;
   }
@@ -51,7 +51,7 @@ TEST(Reader, GivesTheSameLinesHoweverTheBytesCome) {
   const Texts expected = {"ab",         "", "x\u20ac\r", "\U0001F600\xff", limit, limit + "\u20ac",
                           "end\xe2\x82"};
   std::string content;
-  for (std::string const& line : expected) content += (content.empty() ? "" : "\n") + line;
+  for (const std::string& line : expected) content += (content.empty() ? "" : "\n") + line;
   for (const long bufferSize : {4L, 5L, 2047L, 2048L}) {
     for (const std::size_t piece : {1U, 2U, 3U, 5U, 9999U}) {
       const kz::Reference<kz::io::Reader> characters(

@@ -10,25 +10,25 @@ using kz::i18n::StringBundle;
 
 namespace {
 
-std::string path(std::string const& language = "") {
+std::string path(const std::string& language = "") {
   return programFolder() + "/" KNOB_BUNDLE_PATH "/TEST_kz" + language + ".properties";
 }
 
 class Bundle : public testing::Test {
  protected:
   ~Bundle() override {
-    for (char const* const suffix : {"", "_de", "_de_DE"}) std::filesystem::remove(path(suffix));
+    for (const char* const suffix : {"", "_de", "_de_DE"}) std::filesystem::remove(path(suffix));
   }
   kz::Reference<StringBundle> bundle() const {
     return StringBundle::getBundle("TEST_kz", &language);
   }
   // The text, or what is wrong.
-  std::string lookUp(char const* key) const {
+  std::string lookUp(const char* key) const {
     try {
       return bundle()->getString(key).getBytes();
-    } catch (kz::ResultException const&) {
+    } catch (const kz::ResultException&) {
       return "no bundle";
-    } catch (kz::Exception const&) {
+    } catch (const kz::Exception&) {
       return "no key";
     }
   }
@@ -41,7 +41,7 @@ TEST_F(Bundle, IsReadAsItsFormatSays) {
             "ESCAPES=\\ta\\nb\\\\n\\u00e4\\u20AC\\u0020\nODD=\\q \\u12 \\u00zz \\\n"
             "UTF=\u20ac\xff\nCR=text\r\nEMPTY=\nTWICE=first\nTWICE=second\nLAST=no end");
   std::string all;
-  for (char const* const key : {"PLAIN", "BLANKS", "ESCAPES", "ODD", "UTF", "CR", "EMPTY", "TWICE",
+  for (const char* const key : {"PLAIN", "BLANKS", "ESCAPES", "ODD", "UTF", "CR", "EMPTY", "TWICE",
                                 "LAST", "# COMMENT", "plain"}) {
     all += lookUp(key) + "|";
   }
@@ -55,14 +55,14 @@ TEST_F(Bundle, SpeaksTheLanguageOfTheEnvironment) {
   writeFile(path("_de"), "KEY=de");
   writeFile(path("_de_DE"), "KEY=de_DE");
   const struct {
-    char const *all, *messages, *named, *text;
+    const char *all, *messages, *named, *text;
   } cases[] = {{"", "", "", "base"},
                {"de_DE.UTF-8", "C", "C", "de_DE"},
                {"", "de_DE@euro", "C", "de_DE"},
                {"C.UTF-8", "de", "de", "base"},
                {"", "", "de_AT.UTF-8", "de"},
                {"", "", "de_../x", "de"}};
-  for (auto const& test : cases) {
+  for (const auto& test : cases) {
     // In a process of its own: the language is that of the first look at it.
     EXPECT_EQ(1, inChild([&test] {
                 setenv("LC_ALL", test.all, 1);
@@ -77,13 +77,13 @@ TEST_F(Bundle, SpeaksTheLanguageOfTheEnvironment) {
 }
 
 // A change that somebody else makes while the program runs.
-void write(char const* content, std::string const& language = "") {
+void write(const char* content, const std::string& language = "") {
   inChild([&] { return writeFile(path(language), content), 0; });
 }
 
 TEST_F(Bundle, IsSeenAsItIsNowAndNotReadAgainWithoutNeed) {
   language = kz::i18n::Locale("de");
-  const std::pair<std::function<void()>, char const*> steps[] = {
+  const std::pair<std::function<void()>, const char*> steps[] = {
       {[] {}, "no bundle"},
       {[] { write("KEY=one"); }, "one"},
       {[] { write("KEY=two"); }, "two"},
@@ -98,7 +98,7 @@ TEST_F(Bundle, IsSeenAsItIsNowAndNotReadAgainWithoutNeed) {
       {[] { write("KEY=file", "~"); }, "file"},
       {[] { std::filesystem::remove(path("~")); }, "no bundle"},
       {[] { std::filesystem::remove(path()), write("KEY=back"); }, "back"}};
-  for (auto const& [change, text] : steps) {
+  for (const auto& [change, text] : steps) {
     change();
     EXPECT_EQ(lookUp("KEY"), text);
     EXPECT_EQ(lookUp("KEY"), text);

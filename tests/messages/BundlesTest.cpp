@@ -16,7 +16,7 @@ using Texts = std::map<std::string, std::string>;
 const std::string kSource = KNOB_SOURCE_DIR;
 
 // The lines KEY=text; without the prefix of the keys.
-Texts read(std::istream&& lines, std::string const& prefix = "") {
+Texts read(std::istream&& lines, const std::string& prefix = "") {
   Texts texts;
   for (std::string line; std::getline(lines, line);) {
     const std::size_t equals = line.find('=');
@@ -27,7 +27,7 @@ Texts read(std::istream&& lines, std::string const& prefix = "") {
   return texts;
 }
 
-Texts bundle(std::string const& name, std::string const& prefix) {
+Texts bundle(const std::string& name, const std::string& prefix) {
   return read(std::ifstream(kSource + "/share/knob/" + name + ".properties"), prefix);
 }
 
@@ -37,14 +37,14 @@ const Texts kStatuses = bundle("TNMSG", "KZ_MSG_P_E_");
 // Each key of the program's bundle with the kinds of its arguments.
 Texts keys() {
   Texts keys;
-  for (auto const& [key, kinds] : MessageArguments::table()) keys.emplace(key, kinds);
+  for (const auto& [key, kinds] : MessageArguments::table()) keys.emplace(key, kinds);
   return keys;
 }
 
 // Whether the text's conversions are exactly these, and it fits the program's buffers.
-bool takes(std::string const& kinds, std::string const& raw) {
+bool takes(const std::string& kinds, const std::string& raw) {
   const kz::String text(raw);
-  const auto suffice = [&text](std::string const& given) {
+  const auto suffice = [&text](const std::string& given) {
     return MessageArguments::suffice(given, text.characters());
   };
   return suffice(kinds) && (kinds.empty() || !suffice(kinds.substr(0, kinds.size() - 1))) &&
@@ -52,8 +52,8 @@ bool takes(std::string const& kinds, std::string const& raw) {
 }
 
 // What stands after each occurrence of the beginning, as far as it is made of these characters.
-std::vector<std::string> scan(std::string const& text, std::string const& beginning,
-                              char const* characters) {
+std::vector<std::string> scan(const std::string& text, const std::string& beginning,
+                              const char* characters) {
   std::vector<std::string> found;
   for (std::size_t at = 0; (at = text.find(beginning, at)) != std::string::npos;) {
     at += beginning.size();
@@ -65,7 +65,7 @@ std::vector<std::string> scan(std::string const& text, std::string const& beginn
 TEST(Bundles, GiveEachKeyATextThatTakesItsArguments) {
   Texts expected = keys();
   expected.merge(Texts{{"8002", ""}, {"8004", ""}});
-  for (auto const& [key, kinds] : expected) {
+  for (const auto& [key, kinds] : expected) {
     EXPECT_TRUE(kProgram.contains(key) && takes(kinds, kProgram.at(key))) << key;
   }
   EXPECT_EQ(kProgram.size(), expected.size());
@@ -74,14 +74,14 @@ TEST(Bundles, GiveEachKeyATextThatTakesItsArguments) {
 
 TEST(Bundles, AreAskedForTheirKeysAndNoOthers) {
   std::string code;
-  for (auto const& entry : std::filesystem::recursive_directory_iterator(kSource + "/src")) {
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(kSource + "/src")) {
     if (entry.path().extension() == ".cpp") code += readFile(entry.path());
   }
   const Texts known = keys();
-  for (std::string const& key : scan(code, "getResStr(\"", "ABCDEFGHIJKLMNOPQRSTUVWXYZ_")) {
+  for (const std::string& key : scan(code, "getResStr(\"", "ABCDEFGHIJKLMNOPQRSTUVWXYZ_")) {
     EXPECT_TRUE(known.contains(key)) << key << " is asked for";
   }
-  for (auto const& [key, kinds] : known) {
+  for (const auto& [key, kinds] : known) {
     EXPECT_NE(code.find("\"" + key + "\""), std::string::npos) << key << " is used nowhere";
   }
 }
@@ -89,13 +89,13 @@ TEST(Bundles, AreAskedForTheirKeysAndNoOthers) {
 TEST(Bundles, GiveEachStatusASentence) {
   const std::string interface = readFile(kSource + "/src/service/TuningInterface.h");
   std::vector<std::string> described;
-  for (auto const& [status, text] : kStatuses) {
+  for (const auto& [status, text] : kStatuses) {
     described.push_back(status);
     EXPECT_TRUE(text.ends_with('.') && isupper(text[0])) << status << " is no sentence";
     EXPECT_TRUE(takes("", text)) << status;
   }
   std::vector<std::string> defined;
-  for (std::string const& digits : scan(interface, " = 7", "0123456789")) {
+  for (const std::string& digits : scan(interface, " = 7", "0123456789")) {
     if (digits.size() == 3) defined.push_back("7" + digits);
   }
   EXPECT_EQ(described, defined);
@@ -104,7 +104,7 @@ TEST(Bundles, GiveEachStatusASentence) {
 TEST(Bundles, AreTranslatedWholeAndWithoutABreak) {
   int count = 0;
   const Texts known = keys();
-  for (auto const& entry : std::filesystem::directory_iterator(kSource + "/share/knob")) {
+  for (const auto& entry : std::filesystem::directory_iterator(kSource + "/share/knob")) {
     const std::string name = entry.path().stem().string();
     const std::size_t language = name.find('_');
     if (entry.path().extension() != ".properties" || language == name.npos) continue;
@@ -112,10 +112,10 @@ TEST(Bundles, AreTranslatedWholeAndWithoutABreak) {
     const Texts base = read(
         std::ifstream(entry.path().parent_path() / (name.substr(0, language) + ".properties")));
     const Texts translated = read(std::ifstream(entry.path()));
-    for (auto const& [key, text] : base) {
+    for (const auto& [key, text] : base) {
       EXPECT_TRUE(translated.contains(key) || key.starts_with("KNOB_TAG_")) << name << ": " << key;
     }
-    for (auto const& [key, text] : translated) {
+    for (const auto& [key, text] : translated) {
       SCOPED_TRACE(name + ": " + key);
       ASSERT_TRUE(base.contains(key)) << "the English bundle has no such key";
       const auto kinds = known.find(key.substr(key.find('_') + 1));

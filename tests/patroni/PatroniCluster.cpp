@@ -17,7 +17,7 @@ constexpr char kPatroni[] = "/usr/bin/patroni";
 constexpr char kControl[] = "/usr/bin/patronictl";
 
 template <typename Condition>
-void await(Condition const& holds, char const* what) {
+void await(const Condition& holds, const char* what) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
   while (!holds()) {
     ASSERT_LT(std::chrono::steady_clock::now(), deadline) << what;
@@ -30,7 +30,7 @@ std::string local(int port) { return "127.0.0.1:" + std::to_string(port); }
 }  // namespace
 
 std::string PatroniCluster::obstacle() {
-  for (char const* const program : {kPatroni, kControl}) {
+  for (const char* const program : {kPatroni, kControl}) {
     if (access(program, X_OK) != 0) {
       return std::string("there is no ") + program + " (patroni, python3-etcd)";
     }
@@ -60,12 +60,12 @@ PatroniCluster::~PatroniCluster() {
   for (std::size_t member = 0; member < kMembers; ++member) kill(member);
 }
 
-std::string PatroniCluster::file(std::size_t member, std::string const& name) const {
+std::string PatroniCluster::file(std::size_t member, const std::string& name) const {
   return folder_ / ("m" + std::to_string(member) + name);
 }
 
 void PatroniCluster::configureMember(std::size_t member) const {
-  Node const& node = members_[member];
+  const Node& node = members_[member];
   const auto addresses = [](int port) {
     return "  listen: " + local(port) + "\n  connect_address: " + local(port) + "\n";
   };
@@ -110,7 +110,7 @@ void PatroniCluster::kill(std::size_t member) {
   await([&] { return ::kill(process, 0) != 0; }, "a server does not end");
 }
 
-http::Answer PatroniCluster::ask(std::size_t member, http::Request const& request) const {
+http::Answer PatroniCluster::ask(std::size_t member, const http::Request& request) const {
   http::Client client({endpoint(member)}, {{}, "admin", "right"});
   return client.send(request, http::Clock::now() + std::chrono::seconds(5));
 }
@@ -158,7 +158,7 @@ Outcome PatroniCluster::run(std::vector<std::string> arguments) const {
   return Process{std::move(arguments), {{"HOME", folder_.path()}, {"LC_ALL", "C.UTF-8"}}}.run();
 }
 
-std::string PatroniCluster::sql(std::size_t member, std::string const& statement) const {
+std::string PatroniCluster::sql(std::size_t member, const std::string& statement) const {
   const Outcome asked =
       run({serverProgram("psql"), "-XAtq", "-c", statement,
            "postgresql://postgres@" + local(members_[member].serverPort) + "/postgres"});
@@ -166,7 +166,7 @@ std::string PatroniCluster::sql(std::size_t member, std::string const& statement
   return asked.out.substr(0, asked.out.find_last_not_of('\n') + 1);
 }
 
-std::string PatroniCluster::value(std::size_t member, std::string const& setting) const {
+std::string PatroniCluster::value(std::size_t member, const std::string& setting) const {
   return sql(member, "SELECT setting FROM pg_settings WHERE name = '" + setting + "'");
 }
 
@@ -174,7 +174,7 @@ nlohmann::json PatroniCluster::configuration() const {
   return nlohmann::json::parse(etcd_.ctl({"get", "--print-value-only", "/service/knob/config"}));
 }
 
-void PatroniCluster::configure(std::string const& patch) const {
+void PatroniCluster::configure(const std::string& patch) const {
   EXPECT_EQ(200, ask(0, {http::Method::patch, "/config", patch}).status) << patch;
 }
 
@@ -186,12 +186,12 @@ Process PatroniCluster::knob(std::size_t member, std::vector<std::string> argume
   return process;
 }
 
-std::string PatroniCluster::id(std::string const& setting) {
+std::string PatroniCluster::id(const std::string& setting) {
   return std::to_string(tn::postgresql::KnownSettings::find(setting)->id);
 }
 
-Outcome PatroniCluster::set(std::size_t member, std::string const& setting,
-                            std::vector<std::string> const& words) const {
+Outcome PatroniCluster::set(std::size_t member, const std::string& setting,
+                            const std::vector<std::string>& words) const {
   std::vector<std::string> arguments{id(setting)};
   arguments.insert(arguments.end(), words.begin(), words.end());
   return knob(member, arguments).run();

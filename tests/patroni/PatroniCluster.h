@@ -37,17 +37,17 @@ class PatroniCluster {
 
   std::string address(std::size_t member) const;   // "patroni://..."
   std::string endpoint(std::size_t member) const;  // "http://..."
-  std::string sql(std::size_t member, std::string const& statement) const;
-  std::string value(std::size_t member, std::string const& setting) const;
+  std::string sql(std::size_t member, const std::string& statement) const;
+  std::string value(std::size_t member, const std::string& setting) const;
   // The cluster's configuration as it stands in etcd.
   nlohmann::json configuration() const;
-  void configure(std::string const& patch) const;
+  void configure(const std::string& patch) const;
 
   // knob on one member's address.
   Process knob(std::size_t member, std::vector<std::string> arguments) const;
-  static std::string id(std::string const& setting);
-  Outcome set(std::size_t member, std::string const& setting,
-              std::vector<std::string> const& words) const;
+  static std::string id(const std::string& setting);
+  Outcome set(std::size_t member, const std::string& setting,
+              const std::vector<std::string>& words) const;
 
  private:
   struct Node {
@@ -55,9 +55,9 @@ class PatroniCluster {
     int apiPort;
     Daemon patroni{};
   };
-  std::string file(std::size_t member, std::string const& name) const;
+  std::string file(std::size_t member, const std::string& name) const;
   void configureMember(std::size_t member) const;
-  tn::http::Answer ask(std::size_t member, tn::http::Request const& request) const;
+  tn::http::Answer ask(std::size_t member, const tn::http::Request& request) const;
   Outcome run(std::vector<std::string> arguments) const;
   pid_t server(std::size_t member) const;
 

@@ -49,8 +49,8 @@ struct Trouble {
 
 const char kSignOfLife[] = R"({"state":"running","patroni":{"version":"3.0.2"}})";
 
-HttpDouble::Script troubled(Trouble const& trouble) {
-  return [trouble](std::string const& request) -> Reply {
+HttpDouble::Script troubled(const Trouble& trouble) {
+  return [trouble](const std::string& request) -> Reply {
     if (request.find(trouble.path) != request.npos) return trouble.reply;
     if (request.find(" /patroni ") != request.npos) return {httpAnswer(200, kSignOfLife)};
     return {
@@ -87,7 +87,7 @@ TEST(PatroniApi, TellsFailuresApart) {
       {" /", {endless + std::string(1 << 20, ' ')}, TN_PATRONI_FOREIGN, TN_PATRONI_FOREIGN},
       {" /cluster", {httpAnswer(200, "{}")}, TN_PATRONI_FOREIGN, TN_SUCCESS},
   };
-  for (Trouble const& trouble : troubles) {
+  for (const Trouble& trouble : troubles) {
     SCOPED_TRACE(trouble.path + trouble.reply.bytes.substr(0, 80));
     const HttpDouble member(troubled(trouble));
     const Address address = Address::parse("patroni://" + member.address());
@@ -103,8 +103,8 @@ TEST(PatroniApi, TellsFailuresApart) {
 TEST(PatroniApi, TriesAgainWhileOthersChangeTheConfigurationAndElsewhereWhenOneMemberFails) {
   std::atomic<int> conflicts = 3;
   const HttpDouble member(
-      [&](std::string const&) -> Reply { return {httpAnswer(conflicts-- > 0 ? 409 : 200, "{}")}; });
-  const HttpDouble cutOff([](std::string const&) -> Reply { return {httpAnswer(503, "")}; });
+      [&](const std::string&) -> Reply { return {httpAnswer(conflicts-- > 0 ? 409 : 200, "{}")}; });
+  const HttpDouble cutOff([](const std::string&) -> Reply { return {httpAnswer(503, "")}; });
   RestApi api(Address::parse("patroni://" + cutOff.address() + "," + member.address()));
   api.change({{"a", 1}});
   EXPECT_EQ(4, member.requests().size());
@@ -131,10 +131,10 @@ class Patroni : public testing::Test {
     if (!obstacle.empty()) GTEST_SKIP() << obstacle;
   }
   static PatroniCluster& cluster() { return PatroniCluster::shared(); }
-  static std::string shown(std::size_t member, std::string const& setting) {
+  static std::string shown(std::size_t member, const std::string& setting) {
     return cluster().knob(member, {PatroniCluster::id(setting)}).run().out;
   }
-  static bool holds(std::string const& text, std::string const& part) {
+  static bool holds(const std::string& text, const std::string& part) {
     return text.find(part) != text.npos;
   }
 };
@@ -145,9 +145,9 @@ struct Value {
   std::string stored;  // as the servers tell it
 };
 
-std::string settingsFile(std::vector<Value> const& values) {
+std::string settingsFile(const std::vector<Value>& values) {
   std::string text;
-  for (auto const& [setting, word, stored] : values) {
+  for (const auto& [setting, word, stored] : values) {
     text += "Setting ID: " + PatroniCluster::id(setting) + "\nCurrent Value: " + word + "\n";
   }
   return text;
@@ -160,7 +160,7 @@ TEST_F(Patroni, SetsOnAnyMembersAddressForAll) {
                           {"log_destination", "stderr,csvlog", "stderr,csvlog"},
                           {"search_path", "\"$user\", A", "\"$user\", \"A\""}};
   for (std::size_t i = 0; i < std::size(values); ++i) {
-    auto const& [setting, word, stored] = values[i];
+    const auto& [setting, word, stored] = values[i];
     const Outcome set = cluster().set(i % 2, setting, {word});
     EXPECT_EQ(0, set.status) << setting << set.err;
     for (const std::size_t member : {0U, 1U}) EXPECT_EQ(stored, cluster().value(member, setting));
@@ -221,7 +221,7 @@ TEST_F(Patroni, ImportsWhatASingleServerExportsAndTakesItsOwnExportAsNothingNew)
   EXPECT_EQ("", import.err);
   EXPECT_TRUE(holds(shown(0, "max_connections"), "A change waits for a restart."));
   cluster().restart();
-  for (auto const& [setting, word, stored] : values) {
+  for (const auto& [setting, word, stored] : values) {
     if (setting == "application_name") continue;  // a session's own
     for (const std::size_t member : {0U, 1U}) {
       EXPECT_EQ(stored, cluster().value(member, setting)) << setting;
@@ -282,7 +282,7 @@ TEST_F(Patroni, RefusesWhatTheClusterWouldIgnore) {
       {"log_destination", "nonsense", TN_VALUE_REFUSED},
   };
   const auto before = cluster().configuration();
-  for (auto const& [setting, value, status] : refusals) {
+  for (const auto& [setting, value, status] : refusals) {
     const Outcome refused = cluster().set(0, setting, {value});
     EXPECT_NE(0, refused.status) << setting;
     EXPECT_TRUE(holds(refused.out + refused.err, std::to_string(status) + ": "))
@@ -369,7 +369,7 @@ TEST_F(Patroni, StoresOrNamesEverySettingWhenTheLeaderIsLost) {
 
 TEST_F(Patroni, SaysThatTheStoreIsDown) {
   cluster().etcd().end(0);
-  for (Words const& words : {Words{"7"}, Words{}}) {
+  for (const Words& words : {Words{"7"}, Words{}}) {
     const auto begin = std::chrono::steady_clock::now();
     const Outcome told = cluster().set(0, "commit_siblings", words);
     EXPECT_TRUE(holds(told.out + told.err, "7509: ")) << told.out << told.err;

@@ -48,7 +48,7 @@ TEST(NameList, ReadsWhatPeopleAndServersWrite) {
       {"\"a", std::nullopt, std::nullopt, ""},
       {"\"a\"b", std::nullopt, std::nullopt, ""},
   };
-  for (Case const& c : cases) {
+  for (const Case& c : cases) {
     const auto names = NameList::ofPerson(c.text);
     EXPECT_EQ(c.ofPerson, names) << c.text;
     EXPECT_EQ(c.ofServer, NameList::ofServer(c.text, NameList::Kind::identifiers)) << c.text;
@@ -111,7 +111,7 @@ TEST(ValueText, ReadsNumbersAsTheServerDoes) {
       {"3000000000", "ms", {}, {}},
       {"3000000000B", "kB", {}, 2929688},
   };
-  for (Case const& c : cases) {
+  for (const Case& c : cases) {
     EXPECT_EQ(c.refused, ValueText::integer(c.text, c.unit, ValueText::Fractions::refused))
         << c.text;
     EXPECT_EQ(c.rounded, ValueText::integer(c.text, c.unit, ValueText::Fractions::rounded))
@@ -139,7 +139,7 @@ TEST(ValueText, ReadsNumbersAsTheServerDoes) {
                {"+1", "", "1"},
                {"1e-7", "", "1e-07"},
                {"+-1", "", ""}};
-  for (auto const& c : reals) {
+  for (const auto& c : reals) {
     const auto value = ValueText::real(c.text, c.unit);
     EXPECT_EQ(c.shown, value ? ValueText::ofReal(*value) : "") << c.text;
   }
@@ -181,7 +181,7 @@ TEST(SettingIds, StayWhatTheyAre) {
 TEST(KnownSettings, HaveDifferentIdsBelowTheMadeOnes) {
   std::set<int32_t> ids;
   std::set<std::string_view> names;
-  for (KnownSetting const& known : KnownSettings::all()) {
+  for (const KnownSetting& known : KnownSettings::all()) {
     EXPECT_TRUE(ids.insert(known.id).second) << known.name;
     EXPECT_TRUE(names.insert(known.name).second) << known.name;
     EXPECT_LT(known.id, SettingIds::kFirstMade);
@@ -218,7 +218,7 @@ TEST(KnownSettings, TellOfRestartsAndListsOnEveryVersion) {
   const std::set<std::string> sometimes{"allow_system_table_mods", "autovacuum_max_workers",
                                         "primary_conninfo", "primary_slot_name", "restore_command"};
   std::set<std::string> told, lists;
-  for (Listed const& listed : listedSettings()) {
+  for (const Listed& listed : listedSettings()) {
     SCOPED_TRACE(listed.name);
     const KnownSetting* const known = KnownSettings::find(listed.name);
     ASSERT_TRUE(known) << "has no id";
@@ -239,7 +239,7 @@ TEST(KnownSettings, TellOfRestartsAndListsOnEveryVersion) {
   }
   EXPECT_EQ(sometimes, told);
   EXPECT_EQ(8U, lists.size());
-  for (KnownSetting const& known : KnownSettings::all()) {
+  for (const KnownSetting& known : KnownSettings::all()) {
     EXPECT_EQ(lists.contains(std::string(known.name)),
               NameList::kindOf(known.name) != NameList::Kind::none)
         << known.name;
@@ -248,12 +248,12 @@ TEST(KnownSettings, TellOfRestartsAndListsOnEveryVersion) {
 
 TEST(Choices, HaveTheSameNumberOnEveryServer) {
   std::map<std::string, std::map<std::string, std::size_t>> numbers;
-  for (Listed const& listed : listedSettings()) {
+  for (const Listed& listed : listedSettings()) {
     if (listed.type != "enum") continue;
     SCOPED_TRACE(listed.name);
     EXPECT_FALSE(KnownSettings::find(listed.name)->choices.empty()) << "no order is known";
     const auto choices = Choices::of(listed.name, listed.choices);
-    for (std::string const& text : listed.choices) {
+    for (const std::string& text : listed.choices) {
       const auto item = ValueText::choice(text, choices);
       ASSERT_TRUE(item) << text;
       EXPECT_TRUE(choices[*item].available) << text;
@@ -277,9 +277,9 @@ TEST(Choices, OfOtherServersKeepTheirNumberAndAreNoneHere) {
       {"some.extension", {"b", "a"}, {"b", "a"}},
       {"some.extension", {}, {}},
   };
-  for (auto const& c : cases) {
+  for (const auto& c : cases) {
     std::vector<std::string> shown;
-    for (Choice const& choice : Choices::of(c.setting, c.listed)) {
+    for (const Choice& choice : Choices::of(c.setting, c.listed)) {
       shown.push_back(Choices::shown(choice));
     }
     EXPECT_EQ(c.shown, shown) << c.setting;
@@ -296,12 +296,12 @@ TEST(SettingGroups, LoseNoSettingAndKeepToTheCapacities) {
                {1395, 30, "Customized Options (28)"},
                {1451, 30, "All Settings (30)"},
                {1498, 0, ""}};
-  for (auto const& c : cases) {
+  for (const auto& c : cases) {
     std::vector<std::string> names{"deadlock_timeout", "new_lock_setting", "no_such_group"};
     for (int i = 0; i < c.extension; ++i) names.push_back("module.s" + std::to_string(i));
     std::vector<SettingGroups::Member> members;
     members.reserve(names.size());
-    for (std::string const& name : names) {
+    for (const std::string& name : names) {
       members.push_back({name, "Sperren / Teil", static_cast<int32_t>(members.size())});
     }
     members[2].serverCategory = "Neues";
@@ -318,7 +318,7 @@ TEST(SettingGroups, LoseNoSettingAndKeepToTheCapacities) {
     }
     std::set<int32_t> seen;
     std::set<int32_t> ids;
-    for (auto const& group : groups) {
+    for (const auto& group : groups) {
       EXPECT_LE(group.settingIds.size(), 50U);
       EXPECT_TRUE(ids.insert(group.id).second);
       seen.insert(group.settingIds.begin(), group.settingIds.end());
@@ -339,10 +339,10 @@ TEST(AlterSystem, QuotesNamesPartByPartAndKnowsWhichAFileCanHold) {
   EXPECT_EQ("ALTER SYSTEM SET \"a\".\"b\"\"c\" = 'x', 'y'",
             AlterSystem::set("a.b\"c", {"'x'", "'y'"}));
   EXPECT_EQ("ALTER SYSTEM RESET \"DateStyle\"", AlterSystem::reset("DateStyle"));
-  for (char const* const name : {"work_mem", "pg_many.select", "_a.b$1", "\xC3\xA4.x"}) {
+  for (const char* const name : {"work_mem", "pg_many.select", "_a.b$1", "\xC3\xA4.x"}) {
     EXPECT_TRUE(AlterSystem::canName(name)) << name;
   }
-  for (char const* const name : {"", "a.", ".b", "a.b.c", "a.1", "a b", "a.b\"; drop", "a-b"}) {
+  for (const char* const name : {"", "a.", ".b", "a.b.c", "a.1", "a b", "a.b\"; drop", "a-b"}) {
     EXPECT_FALSE(AlterSystem::canName(name)) << name;
   }
 }
@@ -356,7 +356,7 @@ TEST(SqlState, IsFoundInErrorsOfEveryLanguage) {
       {"a: FATAL:  57P03\nb: FATAL:  3D000\n", "3D000"},
       {"server said: what\nx:  ab\n", ""},
   };
-  for (auto const& [text, code] : cases) EXPECT_EQ(code, SqlState::lastIn(text)) << text;
+  for (const auto& [text, code] : cases) EXPECT_EQ(code, SqlState::lastIn(text)) << text;
 }
 
 TEST(CommandLine, GivesSettings) {
@@ -367,7 +367,7 @@ TEST(CommandLine, GivesSettings) {
   EXPECT_EQ("on", line.value("log_lock_waits"));
   EXPECT_EQ("a=b", line.value("geqo"));
   EXPECT_EQ(std::nullopt, line.value("port"));
-  for (char const* const text : {"", "postgres", "postgres \"", "postgres \"\n", "postgres \"-c"}) {
+  for (const char* const text : {"", "postgres", "postgres \"", "postgres \"\n", "postgres \"-c"}) {
     EXPECT_EQ(std::nullopt, CommandLine(text).value("geqo")) << text;
   }
 }
@@ -387,7 +387,7 @@ TEST(NewValue, GivesAListInTheServersOwnWay) {
       {true, "/a", "\"/a,b\"", {"\"/a,b\""}, "\"/a,b\""},
       {true, "/a", "", {""}, ""},
   };
-  for (auto const& c : cases) {
+  for (const auto& c : cases) {
     Setting setting;
     setting.list = NameList::Kind::names;
     setting.listIsOneText = c.oneText;

@@ -33,7 +33,7 @@ class Postgres : public testing::Test {
     configure("");
   }
   // Starts the server with more lines in its file and with options, until the end of the test.
-  void configure(std::string const& lines, std::string const& options = "") {
+  void configure(const std::string& lines, const std::string& options = "") {
     const std::string file = server().data("postgresql.conf");
     if (!configured) main = readFile(file);
     configured = true;
@@ -42,24 +42,24 @@ class Postgres : public testing::Test {
     server().start(options);
   }
   static Server& server() { return Server::shared(); }
-  static json exported(Server const& from) {
+  static json exported(const Server& from) {
     EXPECT_EQ(0, from.knob({"-O", from.folder() + "/out.json", "-JSON"}).run().status);
     return json::parse(readFile(from.folder() + "/out.json"));
   }
-  static std::string exportedText(Server const& from) {
+  static std::string exportedText(const Server& from) {
     EXPECT_EQ(0, from.knob({"-O", from.folder() + "/out.txt", "-F"}).run().status);
     return readFile(from.folder() + "/out.txt");
   }
-  static Outcome import(Server const& into, std::string const& text) {
+  static Outcome import(const Server& into, const std::string& text) {
     writeFile(into.folder() + "/in.txt", text);
     return into.knob({"-I", into.folder() + "/in.txt", "-E"}).run();
   }
-  static std::string entry(std::string const& id, std::string const& value) {
+  static std::string entry(const std::string& id, const std::string& value) {
     return "Setting ID: " + id + "\nCurrent Value: " + value + "\n";
   }
   static void connectsOrTellsWhy();
   // An import of what the steps write, as slowly as they do it.
-  static Outcome importing(std::function<void(std::ostream&)> const& steps) {
+  static Outcome importing(const std::function<void(std::ostream&)>& steps) {
     const TempFolder folder;
     EXPECT_EQ(0, mkfifo((folder / "pipe").c_str(), 0666));
     Outcome run;
@@ -76,13 +76,13 @@ class Postgres : public testing::Test {
 };
 
 // No code: it succeeds.
-void expectCode(std::string const& code, Outcome const& run) {
+void expectCode(const std::string& code, const Outcome& run) {
   EXPECT_EQ(code.empty() ? 0 : 1, run.status) << run.out << run.err;
   const std::string said = code.empty() ? "" : code + ": ";
   EXPECT_NE(std::string::npos, (run.out + run.err).find(said)) << run.out << run.err;
 }
 
-bool comes(std::function<bool()> const& event) {
+bool comes(const std::function<bool()>& event) {
   for (int i = 0; i < 500 && !event(); ++i) usleep(10000);
   return event();
 }
@@ -113,7 +113,7 @@ void Postgres::connectsOrTellsWhy() {
       {"", "secret:wrong@" + tcp + "/postgres", {"-P", "right"}},
       {"", "stranger@127.0.0.1:1," + tcp + "/postgres", {"-U", "postgres"}},
   };
-  for (auto const& c : cases) {
+  for (const auto& c : cases) {
     std::vector<std::string> arguments{"103", "-S", "postgresql://" + c.address};
     arguments.insert(arguments.end(), c.login.begin(), c.login.end());
     SCOPED_TRACE(c.address);
@@ -148,9 +148,9 @@ TEST_F(Postgres, TakesEverySettingsOwnValueAndTellsOfARestartRightly) {
   std::set<int> ids;
   std::size_t settings = 0;
   const json all = exported(server());
-  for (json const& category : all["category_list"]) {
+  for (const json& category : all["category_list"]) {
     EXPECT_LE(category["settings_list"].size(), 50U);
-    for (json const& setting : category["settings_list"]) {
+    for (const json& setting : category["settings_list"]) {
       ++settings;
       const std::string name = setting["name"];
       const std::string context = contexts[name];
@@ -177,7 +177,7 @@ TEST_F(Postgres, TakesEverySettingsOwnValueAndTellsOfARestartRightly) {
 }
 
 TEST_F(Postgres, ShowsTheServersValuesWhateverTheSessionHas) {
-  const std::pair<char const*, char const*> cases[] = {{"work_mem", "7168"},
+  const std::pair<const char*, const char*> cases[] = {{"work_mem", "7168"},
                                                        {"statement_timeout", "3600000"},
                                                        {"random_page_cost", "1.5"},
                                                        {"geqo", "off"},
@@ -194,7 +194,7 @@ TEST_F(Postgres, ShowsTheServersValuesWhateverTheSessionHas) {
             "random_page_cost = 1.50\nlog_file_mode = 0640\narchive_command = 'cp %p x'\n"
             "temp_buffers = 5000\n");
   configure("include 'extra.conf'\n", "-c temp_buffers=1000");
-  const auto check = [&](std::map<std::string, std::string> const& environment) {
+  const auto check = [&](const std::map<std::string, std::string>& environment) {
     for (auto const& [name, value] : cases) {
       EXPECT_EQ(value, server().value(name, environment)) << name;
     }
@@ -265,7 +265,7 @@ TEST_F(Postgres, WritesListsNameByNameAndNeverAnEmptyName) {
       {"session_preload_libraries", "", "",
        "search_path = '\"$user\", public'\nauto_explain.log_format = 'json'\n"},
   };
-  for (auto const& c : cases) {
+  for (const auto& c : cases) {
     expectCode(c.code, server().set(c.setting, c.value));
     EXPECT_EQ(c.written, server().written()) << c.setting << c.value;
   }
@@ -288,7 +288,7 @@ TEST_F(Postgres, ChangesWhatItMayAndWhatHelps) {
       {"external_pid_file", "/x", "7413"}, {"work_mem", "63", "7202"},
       {"wal_level", "9", "7203"},          {"random_page_cost", "x", "7412"},
       {"DateStyle", "nonsense", "7412"},   {"default_text_search_config", "no such", "7412"}};
-  for (auto const& c : refused) expectCode(c.code, server().set(c.setting, c.value));
+  for (const auto& c : refused) expectCode(c.code, server().set(c.setting, c.value));
   const std::string id = server().id("work_mem");
   expectCode("7414", server().knob({id, "5000", "-U", "plain"}).run());
   EXPECT_EQ(0, server().knob({id, "-U", "plain"}).run().status);
@@ -360,7 +360,7 @@ TEST_F(Postgres, RefusesAChangeThatCouldNotTakeEffect) {
     cases.push_back({"", "allow_alter_system = off", "work_mem", "4096", ""});
   }
   server().sql("ALTER ROLE postgres SET temp_buffers = 500");
-  for (Case const& c : cases) {
+  for (const Case& c : cases) {
     SCOPED_TRACE(c.options + c.line + c.value);
     configure(c.line + "\n", c.options);
     expectCode(c.code, server().set(c.setting, c.value));
@@ -436,9 +436,9 @@ class Pooler {
   }
 
  private:
-  std::string file(std::string const& name) const { return server.folder() + "/" + name; }
+  std::string file(const std::string& name) const { return server.folder() + "/" + name; }
 
-  Server const& server = Server::shared();
+  const Server& server = Server::shared();
 };
 
 TEST_F(Postgres, WaitsForTheServerBehindAPooler) {
@@ -446,7 +446,7 @@ TEST_F(Postgres, WaitsForTheServerBehindAPooler) {
   const Pooler pooler;
   const std::string id = server().id("work_mem");
   const int postmaster = std::stoi(readFile(server().data("postmaster.pid")));
-  const auto set = [&](std::string const& value) {
+  const auto set = [&](const std::string& value) {
     return knob(server().folder(), {id, value, "-S", pooler.uri()}).run();
   };
   // A server that does not come to load what was stored: told by the next run, were it not awaited.
@@ -513,10 +513,10 @@ synchronous_standby_names=FIRST 1 ("x y", b)|post_auth_delay=0|)";
 
 TEST_F(Postgres, FindsThePrimary) {
   const Server standby(&server());
-  const auto hosts = [](Server const& one, Server const& two) {
+  const auto hosts = [](const Server& one, const Server& two) {
     return "host=" + one.folder() + "," + two.folder() + "&port=" + one.port() + "," + two.port();
   };
-  for (std::string const& order : {hosts(server(), standby), hosts(standby, server())}) {
+  for (const std::string& order : {hosts(server(), standby), hosts(standby, server())}) {
     const std::string address =
         "postgresql://postgres@/postgres?" + order + "&target_session_attrs=read-write";
     const Outcome run =

@@ -19,15 +19,15 @@ constexpr char kLocaleFolder[] = "/locales";
 
 // The folder of the server's programs: the one that the environment names, or an installed one.
 std::string programs() {
-  if (char const* const named = std::getenv("KNOB_POSTGRESQL_BIN")) return named;
+  if (const char* const named = std::getenv("KNOB_POSTGRESQL_BIN")) return named;
   std::error_code none;
-  for (auto const& version : std::filesystem::directory_iterator(kInstalled, none)) {
+  for (const auto& version : std::filesystem::directory_iterator(kInstalled, none)) {
     return version.path() / "bin";
   }
   return {};
 }
 
-bool canRun(std::string const& path) { return access(path.c_str(), X_OK) == 0; }
+bool canRun(const std::string& path) { return access(path.c_str(), X_OK) == 0; }
 
 std::string freePort() {
   const int probe = socket(AF_INET, SOCK_STREAM, 0);
@@ -44,10 +44,10 @@ std::string freePort() {
 }  // namespace
 
 // A server may come without the programs of its clients: any other version's will do.
-std::string serverProgram(std::string const& name) {
+std::string serverProgram(const std::string& name) {
   std::string path = programs() + "/" + name;
   std::error_code none;
-  for (auto const& version : std::filesystem::directory_iterator(kInstalled, none)) {
+  for (const auto& version : std::filesystem::directory_iterator(kInstalled, none)) {
     if (!canRun(path)) path = version.path() / "bin" / name;
   }
   return path;
@@ -55,7 +55,7 @@ std::string serverProgram(std::string const& name) {
 
 uid_t serverUser() {
   if (geteuid() != 0) return 0;
-  passwd const* const entry = getpwnam("postgres");
+  const passwd* const entry = getpwnam("postgres");
   return entry ? entry->pw_uid : kNobody;
 }
 
@@ -110,7 +110,7 @@ void Server::becomeStandbyOf(Server& other) {
 
 Server::~Server() { stop("immediate"); }
 
-std::string Server::uri(std::string const& database) const {
+std::string Server::uri(const std::string& database) const {
   return "postgresql://postgres@/" + database + "?host=" + folder() + "&port=" + port_;
 }
 
@@ -125,7 +125,7 @@ std::string Server::written() const {
   return settings;
 }
 
-void Server::start(std::string const& options) {
+void Server::start(const std::string& options) {
   const Outcome run = command(
       "pg_ctl",
       {"-D", data(""), "-l", folder() + "/log", "-w", "-o",
@@ -133,11 +133,11 @@ void Server::start(std::string const& options) {
   EXPECT_EQ(0, run.status) << run.out << readFile(folder() + "/log");
 }
 
-void Server::stop(std::string const& mode) {
+void Server::stop(const std::string& mode) {
   command("pg_ctl", {"-D", data(""), "-m", mode, "-w", "stop"});
 }
 
-std::string Server::sql(std::string const& statements, std::string const& database) const {
+std::string Server::sql(const std::string& statements, const std::string& database) const {
   std::istringstream lines(statements);
   std::vector<std::string> arguments{"-XAtq", "-v", "ON_ERROR_STOP=1", uri(database)};
   for (std::string line; std::getline(lines, line);) {
@@ -150,17 +150,17 @@ std::string Server::sql(std::string const& statements, std::string const& databa
 
 void Server::reset() const { sql("ALTER SYSTEM RESET ALL\nSELECT pg_reload_conf()"); }
 
-Process Server::knob(std::vector<std::string> arguments, std::string const& database) const {
+Process Server::knob(std::vector<std::string> arguments, const std::string& database) const {
   arguments.insert(arguments.end(), {"-S", uri(database)});
   return ::knob(folder(), std::move(arguments));
 }
 
-Outcome Server::set(std::string const& name, std::string const& value) const {
+Outcome Server::set(const std::string& name, const std::string& value) const {
   return knob({id(name), value}).run();
 }
 
-std::string Server::value(std::string const& name, std::map<std::string, std::string> environment,
-                          std::string const& user) const {
+std::string Server::value(const std::string& name, std::map<std::string, std::string> environment,
+                          const std::string& user) const {
   Process process = knob({id(name), "-JSON", "-U", user});
   process.environment.merge(environment);
   const Outcome run = process.run();
@@ -168,10 +168,10 @@ std::string Server::value(std::string const& name, std::map<std::string, std::st
   return nlohmann::json::parse(run.out)["value"];
 }
 
-std::string Server::id(std::string const& name) const {
+std::string Server::id(const std::string& name) const {
   const Outcome run = knob({"-H", name, "-JSON"}).run();
   const auto found = nlohmann::json::parse(run.out)["search_output"];
-  for (auto const& entry : found) {
+  for (const auto& entry : found) {
     if (entry.is_object() && entry["Setting"] == name)
       return std::to_string(entry["ID"].get<int>());
   }
@@ -179,7 +179,7 @@ std::string Server::id(std::string const& name) const {
   return "0";
 }
 
-Outcome Server::command(std::string const& program, std::vector<std::string> arguments) const {
+Outcome Server::command(const std::string& program, std::vector<std::string> arguments) const {
   arguments.insert(arguments.begin(), serverProgram(program));
   return run(std::move(arguments));
 }

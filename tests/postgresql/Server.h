@@ -14,7 +14,7 @@
 #include "support/TempFolder.h"
 
 // The path of one of the programs that come with a server.
-std::string serverProgram(std::string const& name);
+std::string serverProgram(const std::string& name);
 // Whom a server runs as when the test runs as root; 0 when it does not.
 uid_t serverUser();
 
@@ -30,35 +30,35 @@ class Server {
   explicit Server(Server* copyOf = nullptr);
   ~Server();
 
-  std::string uri(std::string const& database = "postgres") const;
-  std::string const& folder() const { return folder_.path(); }
-  std::string const& port() const { return port_; }
+  std::string uri(const std::string& database = "postgres") const;
+  const std::string& folder() const { return folder_.path(); }
+  const std::string& port() const { return port_; }
   int version() const;  // the major one
-  std::string data(std::string const& file) const { return folder_ / ("data/" + file); }
+  std::string data(const std::string& file) const { return folder_ / ("data/" + file); }
   // What ALTER SYSTEM has written, without its comment.
   std::string written() const;
 
-  void start(std::string const& options = "");
-  void stop(std::string const& mode = "fast");
+  void start(const std::string& options = "");
+  void stop(const std::string& mode = "fast");
   void restart() { stop(), start(); }
   // The output of the statements, without the line end. Fails the test when one fails.
-  std::string sql(std::string const& statements, std::string const& database = "postgres") const;
+  std::string sql(const std::string& statements, const std::string& database = "postgres") const;
   // Takes every change back that a test has made to the configuration.
   void reset() const;
 
   // Runs a program as the user that the server runs as.
   Outcome run(std::vector<std::string> arguments) const;
   // knob on this server.
-  Process knob(std::vector<std::string> arguments, std::string const& database = "postgres") const;
+  Process knob(std::vector<std::string> arguments, const std::string& database = "postgres") const;
   // Settings are named here, not numbered.
-  Outcome set(std::string const& name, std::string const& value) const;
-  std::string value(std::string const& name, std::map<std::string, std::string> environment = {},
-                    std::string const& user = "postgres") const;
-  std::string id(std::string const& name) const;
+  Outcome set(const std::string& name, const std::string& value) const;
+  std::string value(const std::string& name, std::map<std::string, std::string> environment = {},
+                    const std::string& user = "postgres") const;
+  std::string id(const std::string& name) const;
 
  private:
   void becomeStandbyOf(Server& other);
-  Outcome command(std::string const& program, std::vector<std::string> arguments) const;
+  Outcome command(const std::string& program, std::vector<std::string> arguments) const;
 
   TempFolder folder_;
   std::string port_;

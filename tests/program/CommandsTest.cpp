@@ -16,7 +16,7 @@ namespace {
 using Calls = std::vector<std::string>;
 
 template <typename... Arguments>
-std::string say(char const* key, Arguments... arguments) {
+std::string say(const char* key, Arguments... arguments) {
   return MessageHelper("KNOB", "KNOB_").getResStr(key, arguments...).getBytes();
 }
 
@@ -31,7 +31,7 @@ std::string drawn(std::string text) {
   return text;
 }
 
-std::string header(std::string const& text) {
+std::string header(const std::string& text) {
   const std::string rule = std::string(text.size(), '=') + "\n";
   return rule + kz::String(text).toUpper().getBytes() + "\n" + rule;
 }
@@ -48,8 +48,8 @@ struct Result {
 class Commands : public testing::Test {
  protected:
   // One run of the program, from the connection on.
-  Result run(std::function<void(CommandProcessor&)> const& operation,
-             std::string const& output = "") {
+  Result run(const std::function<void(CommandProcessor&)>& operation,
+             const std::string& output = "") {
     Result result;
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
@@ -62,11 +62,11 @@ class Commands : public testing::Test {
     try {
       CommandProcessor processor(service, out, err, log, output, "");
       operation(processor);
-    } catch (SvcException const& failure) {
+    } catch (const SvcException& failure) {
       result.failure = number(failure.getErrorCode());
-    } catch (NumberFormatException const&) {
+    } catch (const NumberFormatException&) {
       result.failure = "no number";
-    } catch (kz::io::IoException const& failure) {
+    } catch (const kz::io::IoException& failure) {
       result.failure = failure.getDescription().getBytes();
     }
     EXPECT_EQ(engine.calls.back(), "TnStop(0)");
@@ -105,7 +105,7 @@ TEST_F(Commands, ShowEveryTypeExactly) {
       {74, 2, "Log Path", "C:\\a", "\\", "", noMembers},
       {81, 4, "Colors", "0 2", "", items, itemMembers},
       {82, 9, "Odd", "", "", "", noMembers}};
-  for (auto const& [id, type, name, value, standard, options, members] : cases) {
+  for (const auto& [id, type, name, value, standard, options, members] : cases) {
     const std::string help = id == 25 ? "The \"size\" on C:\\." : "Help.";
     const std::string jsonHelp = id == 25 ? "The \\\"size\\\" on C:\\." : "Help.";
     const std::string side = say(id == 26 ? "HDR_CLIENT" : "HDR_SERVER");
@@ -137,7 +137,7 @@ TEST_F(Commands, ShowEveryTypeExactly) {
 }
 
 TEST_F(Commands, ShowSymbolicMaximaInWords) {
-  for (auto const& [maximum, key] : std::vector<std::pair<int, char const*>>{
+  for (const auto& [maximum, key] : std::vector<std::pair<int, const char*>>{
            {-1, "INFO_MAX_MEM"}, {-2, "INFO_MAX_DISK"}, {-129, "INFO_MAX_MEM_DISK"}}) {
     engine.answers["TnGetValueLimit(-1,25)"].numbers[0] = maximum;
     const std::string member = ", \"max_range\": \"" + say(key) + "\"}\n";
@@ -166,9 +166,9 @@ TEST_F(Commands, SetEveryTypeAndConfirm) {
                {81, {"0", "x"}, "no number"},
                {82, {"5"}, "TnSetSelectionValue(-1,82,5 ,2)"},
                {27, {"1"}, "8002"}};
-  for (auto const& row : cases) {
+  for (const auto& row : cases) {
     const kz::Reference<CommandProcessor::StringList> list(new CommandProcessor::StringList);
-    for (std::string const& value : row.values) list->add(new kz::String(value));
+    for (const std::string& value : row.values) list->add(new kz::String(value));
     const bool restart = row.id == 26 || row.id == 74;
     const std::string text =
         say("INFO_STG_UPDATED", row.id) + (restart ? " " + say("INFO_RESTART") : "");
@@ -193,7 +193,7 @@ TEST_F(Commands, ExportEndsWithAnyCallThatFails) {
   exportAll(false, true);
   const Calls calls = engine.callsOf("TnGet");
   ASSERT_GT(calls.size(), 20U);
-  for (std::string const& call : calls) {
+  for (const std::string& call : calls) {
     TnDouble::reset().answers[call].status = TN_INTERNAL_ERROR;
     EXPECT_EQ(exportAll(false, true).failure, "7012") << call;
   }
@@ -203,12 +203,12 @@ TEST_F(Commands, ExportGoesOnAfterAFailureOnlyWhenTold) {
   const std::string reason =
       "7012: " + MessageHelper("TNMSG", "KZ_MSG_P_E_").getResStr("7012").getBytes();
   const struct {
-    char const* failing;
+    const char* failing;
     int lastSetting;  // 0: nothing can go on
   } cases[] = {{"TnGetSettingHelp(26,1024)", 26},
                {"TnGetSettingList(-1,1,50)", -1},
                {"TnGetCategoryList(-1,30)", 0}};
-  for (auto const& [failing, lastSetting] : cases) {
+  for (const auto& [failing, lastSetting] : cases) {
     TnDouble::reset().answers[failing].status = TN_INTERNAL_ERROR;
     for (const bool json : {false, true}) {
       const char* const nextCategory = json ? "\"Files\"" : "FILES";
@@ -229,7 +229,7 @@ TEST_F(Commands, ExportLeavesAFileThatTheEngineHasOpen) {
   const std::string refusal = say("ERR_CREATE_FILE", file.c_str(), say("FILE_IN_USE_ERROR").c_str(),
                                   static_cast<int>(0x80070020));
   // A descriptor that could have come from the program's caller is not the engine's.
-  for (auto const& [flags, failure] :
+  for (const auto& [flags, failure] :
        {std::pair{O_CLOEXEC, refusal}, std::pair{0, std::string()}}) {
     const int descriptor = open((folder / "link").c_str(), O_RDONLY | flags);
     EXPECT_EQ(exportAll(false, false).failure, failure);

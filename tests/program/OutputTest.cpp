@@ -13,7 +13,7 @@ namespace {
 
 // A bundle of the test's own.
 struct Bundle {
-  explicit Bundle(std::string const& content, std::string const& language = "")
+  explicit Bundle(const std::string& content, const std::string& language = "")
       : path(programFolder() + "/" KNOB_BUNDLE_PATH "/TEST_output" + language + ".properties") {
     writeFile(path, content);
   }
@@ -22,7 +22,7 @@ struct Bundle {
 };
 
 template <typename... Arguments>
-std::string say(char const* key, Arguments... arguments) {
+std::string say(const char* key, Arguments... arguments) {
   return MessageHelper("TEST_output", "TEST_").getResStr(key, arguments...).getBytes();
 }
 
@@ -42,7 +42,7 @@ TEST(MessageHelper, FormatsNoTextThatAsksForMoreThanItsKeyHas) {
   // ERR_READ_FILE has a text, a text and a number.
   const auto kinds = MessageArguments::of("ERR_READ_FILE");
   const struct {
-    wchar_t const* text;
+    const wchar_t* text;
     bool right;
   } cases[] = {
       {L"", true},         {L"100%%", true},         {L"%s %s %d", true},  {L"%-9s%.3s", true},
@@ -52,7 +52,7 @@ TEST(MessageHelper, FormatsNoTextThatAsksForMoreThanItsKeyHas) {
       {L"%s%s%c", false},  {L"%s%s%f", false},       {L"%m", false},       {L"100%", false},
       {L"%s %", false},    {L"%.", false},           {L"%99999s", false},  {L"%.99999s", false},
       {L"%5%", false},     {L"%%%%%s%%%d", false}};
-  for (auto const& [text, right] : cases) {
+  for (const auto& [text, right] : cases) {
     EXPECT_EQ(MessageArguments::suffice(*kinds, text), right) << kz::String(text).getBytes();
   }
 }

@@ -9,7 +9,7 @@ namespace {
 
 // Parses a line in which '' is an empty argument and gives every field, the values, the flags and
 // the command tests, or what is wrong.
-std::string parsed(std::string const& line) {
+std::string parsed(const std::string& line) {
   std::istringstream words("knob " + line);
   std::vector<std::string> texts;
   for (std::string word; words >> word;) texts.push_back(word == "''" ? "" : word);
@@ -19,7 +19,7 @@ std::string parsed(std::string const& line) {
   KnobCmdParser parser;
   try {
     parser.parseCmdLine(static_cast<int>(pointers.size()), pointers.data());
-  } catch (OptionException const& failure) {
+  } catch (const OptionException& failure) {
     return failure.getDescription().getBytes();
   }
 
@@ -27,7 +27,7 @@ std::string parsed(std::string const& line) {
   KZGetHostNameA(host, sizeof host);
   const bool defaultServer = parser.getServerName().equals(host);
   kz::String all = defaultServer ? kz::String() : parser.getServerName();
-  for (auto const& text : {parser.getUserName(), parser.getPassword(), parser.getOutputFileName(),
+  for (const auto& text : {parser.getUserName(), parser.getPassword(), parser.getOutputFileName(),
                            parser.getInputFileName(), parser.getKeywordValue(),
                            parser.getDebugValue(), parser.getSettingID()}) {
     all += "," + text;
@@ -44,12 +44,12 @@ std::string parsed(std::string const& line) {
   return all.getBytes() + (texts == given ? "" : " and the arguments were changed");
 }
 
-std::string refused(char const* key, char const* argument) {
+std::string refused(const char* key, const char* argument) {
   return MessageHelper("KNOB", "KNOB_").getResStr(key, argument).getBytes();
 }
 
 TEST(Parser, TellsWhatWasGivenAndWhichCommandItIs) {
-  const std::pair<char const*, std::string> cases[] = {
+  const std::pair<const char*, std::string> cases[] = {
       {"", ",,,,,,, --------"},
       {"''", ",,,,,,, ------+-"},
       {"25 -U u a -e b '' -e", ",u,,,,,,25,a,b, +------+"},
@@ -67,7 +67,7 @@ TEST(Parser, TellsWhatWasGivenAndWhichCommandItIs) {
       {"25 -5", refused("UNKNOWN_OPTION", "-5")},
       {"-", refused("UNKNOWN_OPTION", "-")},
       {"-Of%s\xff", refused("UNKNOWN_OPTION", "-Of%s\xff")}};
-  for (auto const& [line, expected] : cases) EXPECT_EQ(parsed(line), expected) << line;
+  for (const auto& [line, expected] : cases) EXPECT_EQ(parsed(line), expected) << line;
 }
 
 }  // namespace

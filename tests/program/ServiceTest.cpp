@@ -13,10 +13,10 @@ class Service : public testing::Test {
     engine.calls.clear();
   }
   // The code of the failure, 0 for none; its message has to be the code's.
-  int codeOf(std::function<void()> const& operation) {
+  int codeOf(const std::function<void()>& operation) {
     try {
       operation();
-    } catch (SvcException const& failure) {
+    } catch (const SvcException& failure) {
       EXPECT_TRUE(failure.getDescription().equals(service.createErrorMsg(failure.getErrorCode())));
       return failure.getErrorCode();
     }
@@ -42,9 +42,9 @@ TEST_F(Service, CopiesANameThatLeavesNoRoomForItsEnd) {
 }
 
 TEST_F(Service, DistrustsCountsPastTheRoomItGave) {
-  for (auto const& [count, code] : {std::pair{-1, 0}, std::pair{2000, int{TN_BUFFER_TOO_SMALL}}}) {
+  for (const auto& [count, code] : {std::pair{-1, 0}, std::pair{2000, int{TN_BUFFER_TOO_SMALL}}}) {
     for (auto& [call, answer] : engine.answers) answer.claimedCount = count;
-    const auto codeOfList = [&](auto const& operation) {
+    const auto codeOfList = [&](const auto& operation) {
       return codeOf([&] { EXPECT_EQ(kz::Reference(operation())->size(), 0); });
     };
     EXPECT_EQ(codeOfList([&] { return service.getCategoryList(); }), code);

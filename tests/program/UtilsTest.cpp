@@ -6,19 +6,19 @@
 
 namespace {
 
-kz::Reference<Utils::StringList> listOf(std::vector<char const*> const& texts) {
+kz::Reference<Utils::StringList> listOf(const std::vector<char const*>& texts) {
   kz::Reference<Utils::StringList> list(new Utils::StringList);
-  for (char const* const text : texts) list->add(new kz::String(text));
+  for (const char* const text : texts) list->add(new kz::String(text));
   return list;
 }
 
 TEST(Utils, ParsesNumbers) {
-  for (auto const& [text, number] : std::vector<std::pair<char const*, int>>{
+  for (const auto& [text, number] : std::vector<std::pair<const char*, int>>{
            {" 42\t", 42}, {"\r\n7\n", 7}, {" 007 ", 7}, {" 0 ", 0}, {"-12", -12}}) {
     EXPECT_EQ(Utils::parseInt(text), number);
     EXPECT_EQ(Utils::parseLong(text), number);
   }
-  for (char const* const text : {"", "   ", "00", "+0", "-0", "12abc", "0x10", "1.5", "--5", "-",
+  for (const char* const text : {"", "   ", "00", "+0", "-0", "12abc", "0x10", "1.5", "--5", "-",
                                  "\u0665", "\v5", "9223372036854775808"}) {
     EXPECT_THROW(Utils::parseInt(text), NumberFormatException) << text;
     EXPECT_THROW(Utils::parseLong(text), NumberFormatException) << text;

@@ -8,7 +8,7 @@
 
 void Daemon::start(std::vector<std::string> arguments,
                    std::map<std::string, std::string> environment, uid_t user,
-                   std::string const& output) {
+                   const std::string& output) {
   process_ = fork();
   if (process_ != 0) return;
   if (geteuid() == 0 && (setgroups(0, nullptr) != 0 || setgid(user) != 0 || setuid(user) != 0)) {
@@ -19,7 +19,7 @@ void Daemon::start(std::vector<std::string> arguments,
   dup2(file, STDOUT_FILENO);
   dup2(file, STDERR_FILENO);
   std::vector<std::string> variables;
-  for (auto const& [name, value] : environment) variables.push_back(name + "=" + value);
+  for (const auto& [name, value] : environment) variables.push_back(name + "=" + value);
   const auto pointers = [](std::vector<std::string>& texts) {
     std::vector<char*> all;
     for (std::string& text : texts) all.push_back(text.data());

@@ -17,7 +17,7 @@ class Daemon {
 
   // Its output goes to the file. `user`: to run as, when the test runs as root.
   void start(std::vector<std::string> arguments, std::map<std::string, std::string> environment,
-             uid_t user, std::string const& output);
+             uid_t user, const std::string& output);
   void signal(int number) const { kill(process_, number); }
   void end();  // SIGKILL
 

@@ -14,7 +14,7 @@ namespace {
 
 constexpr unsigned kPatienceSeconds = 60;
 
-void redirect(int stream, std::string const& file, std::string const& target) {
+void redirect(int stream, const std::string& file, const std::string& target) {
   if (target == "-") {
     close(stream);
   } else if (target == "|") {
@@ -50,10 +50,10 @@ std::string reachableProgram() {
     const fs::path built = fs::path(programFolder()).parent_path();
     fs::create_directory(tree / "bin");
     fs::copy(built / "bin/knob", tree / "bin");
-    for (char const* const folder : {"lib", "share"}) {
+    for (const char* const folder : {"lib", "share"}) {
       fs::copy(built / folder, tree / folder, fs::copy_options::recursive);
     }
-    for (auto const& entry : fs::recursive_directory_iterator(tree.path())) {
+    for (const auto& entry : fs::recursive_directory_iterator(tree.path())) {
       fs::permissions(entry, fs::perms{0755});
     }
   }
@@ -62,7 +62,7 @@ std::string reachableProgram() {
 
 }  // namespace
 
-void Process::become(std::string const& program) const {
+void Process::become(const std::string& program) const {
   if (!folder.empty() && chdir(folder.c_str()) != 0) _exit(126);
   if (fileLimit >= 0) {
     const rlimit limit{static_cast<rlim_t>(fileLimit), static_cast<rlim_t>(fileLimit)};
@@ -72,7 +72,7 @@ void Process::become(std::string const& program) const {
   alarm(kPatienceSeconds);
   std::vector<std::string> words = arguments;
   std::vector<std::string> variables;
-  for (auto const& [name, value] : environment) variables.push_back(name + "=" + value);
+  for (const auto& [name, value] : environment) variables.push_back(name + "=" + value);
   execve(program.c_str(), pointers(words).data(), pointers(variables).data());
   _exit(127);
 }
@@ -101,12 +101,12 @@ std::string programFolder() {
   return std::filesystem::read_symlink("/proc/self/exe").parent_path().string();
 }
 
-Process knob(std::string const& home, std::vector<std::string> arguments) {
+Process knob(const std::string& home, std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), knobPath());
   return {std::move(arguments), {{"HOME", home}, {"XDG_STATE_HOME", home + "/state"}}};
 }
 
-int inChild(std::function<int()> const& piece, uid_t user) {
+int inChild(const std::function<int()>& piece, uid_t user) {
   const TempFolder folder;
   std::ofstream result(folder / "result");
   const pid_t child = fork();

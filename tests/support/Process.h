@@ -32,11 +32,11 @@ struct Process {
   Outcome run() const;
 
  private:
-  [[noreturn]] void become(std::string const& program) const;
+  [[noreturn]] void become(const std::string& program) const;
 };
 
 // The program under test in a world of its own: no settings, no messages but its own.
-Process knob(std::string const& home, std::vector<std::string> arguments);
+Process knob(const std::string& home, std::vector<std::string> arguments);
 
 // The folder of the running test program, where knob lies too.
 std::string programFolder();
@@ -46,6 +46,6 @@ inline constexpr uid_t kNobody = 65534;
 
 // What the piece of a test gives in a process of its own, of another user if the test runs as root
 // and one is named; -1 if the process does not get to its end.
-int inChild(std::function<int()> const& piece, uid_t user = 0);
+int inChild(const std::function<int()>& piece, uid_t user = 0);
 
 #endif

@@ -5,11 +5,11 @@
 #include "tuning/TuningError.h"
 
 template <typename Action>
-TnStatus statusOf(Action const& action) {
+TnStatus statusOf(const Action& action) {
   try {
     action();
     return TN_SUCCESS;
-  } catch (tn::TuningError const& error) {
+  } catch (const tn::TuningError& error) {
     return error.status();
   }
 }

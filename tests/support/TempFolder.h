@@ -16,25 +16,25 @@ class TempFolder {
     // Tests that drop to another user have to get in.
     std::filesystem::permissions(path_, std::filesystem::perms{0755});
   }
-  TempFolder(TempFolder const&) = delete;
-  TempFolder& operator=(TempFolder const&) = delete;
+  TempFolder(const TempFolder&) = delete;
+  TempFolder& operator=(const TempFolder&) = delete;
   ~TempFolder() {
     std::error_code ignored;
     std::filesystem::remove_all(path_, ignored);
   }
 
-  std::string const& path() const { return path_; }
-  std::string operator/(std::string const& name) const { return path_ + "/" + name; }
+  const std::string& path() const { return path_; }
+  std::string operator/(const std::string& name) const { return path_ + "/" + name; }
 
  private:
   std::string path_;
 };
 
-inline void writeFile(std::string const& path, std::string const& content) {
+inline void writeFile(const std::string& path, const std::string& content) {
   std::ofstream(path, std::ios::binary) << content;
 }
 
-inline std::string readFile(std::string const& path) {
+inline std::string readFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
 }

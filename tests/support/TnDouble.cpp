@@ -13,9 +13,9 @@ using Answer = TnDouble::Answer;
 TnDouble engine;
 
 template <typename... Arguments>
-Answer called(char const* name, Arguments const&... arguments) {
+Answer called(const char* name, const Arguments&... arguments) {
   std::ostringstream text;
-  char const* separator = "(";
+  const char* separator = "(";
   text << name;
   ((text << std::exchange(separator, ",") << arguments), ...);
   engine.calls.push_back(text.str() + ")");
@@ -25,7 +25,7 @@ Answer called(char const* name, Arguments const&... arguments) {
   return {static_cast<TnStatus>(change ? TN_SUCCESS : TN_UNKNOWN_SETTING), {0, 0}};
 }
 
-TnStatus putText(std::string const& text, int* size, char* buffer) {
+TnStatus putText(const std::string& text, int* size, char* buffer) {
   const int given = std::exchange(*size, static_cast<int>(text.size()) + 1);
   if (given < *size) return TN_BUFFER_TOO_SMALL;
   std::memcpy(buffer, text.c_str(), text.size() + 1);
@@ -33,11 +33,11 @@ TnStatus putText(std::string const& text, int* size, char* buffer) {
   return TN_SUCCESS;
 }
 
-TnStatus putText(Answer const& answer, int* size, char* buffer) {
+TnStatus putText(const Answer& answer, int* size, char* buffer) {
   return answer.status != TN_SUCCESS ? answer.status : putText(answer.text, size, buffer);
 }
 
-TnStatus putList(Answer const& answer, int* count, std::int32_t* elements) {
+TnStatus putList(const Answer& answer, int* count, std::int32_t* elements) {
   const std::size_t given = std::min(answer.numbers.size(), static_cast<std::size_t>(*count));
   std::copy_n(answer.numbers.begin(), given, elements);
   *count = answer.claimedCount.value_or(static_cast<int>(answer.numbers.size()));
@@ -45,7 +45,7 @@ TnStatus putList(Answer const& answer, int* count, std::int32_t* elements) {
 }
 
 template <typename... Numbers>
-TnStatus putNumbers(Answer const& answer, Numbers*... numbers) {
+TnStatus putNumbers(const Answer& answer, Numbers*... numbers) {
   std::size_t at = 0;
   ((*numbers = static_cast<Numbers>(answer.numbers.at(at++))), ...);
   return answer.status;
@@ -53,15 +53,15 @@ TnStatus putNumbers(Answer const& answer, Numbers*... numbers) {
 
 // Without a NUL when the name fills the field.
 template <typename Record>
-void putName(Answer const& answer, Record* record) {
+void putName(const Answer& answer, Record* record) {
   answer.text.copy(record->name, sizeof record->name);
 }
 
-void addSetting(int id, TnValueType type, char const* name, char const* getter,
-                Answer const& current, Answer const& standard, int available = -1,
+void addSetting(int id, TnValueType type, const char* name, const char* getter,
+                const Answer& current, const Answer& standard, int available = -1,
                 int clientServer = 0xFFFF) {
   const std::string number = std::to_string(id), key = "(-1," + number;
-  char const* const capacity = type > 1 ? ",1024)" : ")";
+  const char* const capacity = type > 1 ? ",1024)" : ")";
   std::map<std::string, Answer> added = {
       {"TnGetSettingInfo" + key + ")", {0, {type, -id, clientServer}, name}},
       {"TnIsSettingAvailable" + key + ")", {0, {available}}},
@@ -96,10 +96,10 @@ TnDouble& TnDouble::reset() {
   return engine;
 }
 
-std::vector<std::string> TnDouble::callsOf(std::string const& beginning) const {
+std::vector<std::string> TnDouble::callsOf(const std::string& beginning) const {
   std::vector<std::string> found;
   std::copy_if(calls.begin(), calls.end(), std::back_inserter(found),
-               [&](std::string const& call) { return call.starts_with(beginning); });
+               [&](const std::string& call) { return call.starts_with(beginning); });
   return found;
 }
 

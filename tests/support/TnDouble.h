@@ -20,7 +20,7 @@ struct TnDouble {
   };
 
   static TnDouble& reset();
-  std::vector<std::string> callsOf(std::string const& beginning) const;
+  std::vector<std::string> callsOf(const std::string& beginning) const;
 
   // By "TnGetLongValue(-1,25,2)": what goes in, the room for lists and texts last. Without an
   // answer a change is accepted, anything else refused.

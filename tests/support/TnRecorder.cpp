@@ -12,8 +12,8 @@
 
 namespace {
 
-void append(char const* variable, std::string_view text) {
-  char const* const path = std::getenv(variable);
+void append(const char* variable, std::string_view text) {
+  const char* const path = std::getenv(variable);
   if (path == nullptr) return;
   const int file = open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
   (void)!write(file, text.data(), text.size());
@@ -34,7 +34,7 @@ void record(std::string_view name) {
 }
 
 template <typename Result, typename... Arguments>
-Result passOn(char const* name, Result (*)(Arguments...), Arguments... arguments) {
+Result passOn(const char* name, Result (*)(Arguments...), Arguments... arguments) {
   record(name);
   return reinterpret_cast<Result (*)(Arguments...)>(dlsym(RTLD_NEXT, name))(arguments...);
 }
@@ -45,7 +45,7 @@ extern "C" {
 
 int TnStart(int reserved) { return passOn("TnStart", TnStart, reserved); }
 int TnStop(int reserved) { return passOn("TnStop", TnStop, reserved); }
-TnStatus TnConnectServer(char const* server, char const* user, char const* password,
+TnStatus TnConnectServer(const char* server, const char* user, const char* password,
                          TnHandle* handle) {
   const TnStatus status =
       passOn("TnConnectServer", TnConnectServer, server, user, password, handle);
@@ -62,13 +62,13 @@ int16_t TnIsSettingAvailable(TnHandle handle, int id) {
 TnStatus TnSetLongValue(TnHandle handle, int id, int64_t value, TnValueSelector selector) {
   return passOn("TnSetLongValue", TnSetLongValue, handle, id, value, selector);
 }
-TnStatus TnSetStringValue(TnHandle handle, int id, char const* value, TnValueSelector selector) {
+TnStatus TnSetStringValue(TnHandle handle, int id, const char* value, TnValueSelector selector) {
   return passOn("TnSetStringValue", TnSetStringValue, handle, id, value, selector);
 }
 TnStatus TnSetBooleanValue(TnHandle handle, int id, int value, TnValueSelector selector) {
   return passOn("TnSetBooleanValue", TnSetBooleanValue, handle, id, value, selector);
 }
-TnStatus TnSetSelectionValue(TnHandle handle, int id, int count, int32_t const* items,
+TnStatus TnSetSelectionValue(TnHandle handle, int id, int count, const int32_t* items,
                              TnValueSelector selector) {
   return passOn("TnSetSelectionValue", TnSetSelectionValue, handle, id, count, items, selector);
 }

@@ -14,9 +14,9 @@ bool isPlain(std::string_view text) {
   });
 }
 
-char const* nameInEnvironment() {
-  for (char const* const variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-    char const* const value = std::getenv(variable);
+const char* nameInEnvironment() {
+  for (const char* const variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+    const char* const value = std::getenv(variable);
     if (value != nullptr && *value != '\0') return value;
   }
   return "C";
@@ -37,7 +37,7 @@ Locale::Locale(std::string_view name) {
   suffixes_.push_back(suffix);
 }
 
-Locale const& Locale::getDefault() {
+const Locale& Locale::getDefault() {
   static const Locale locale(nameInEnvironment());
   return locale;
 }

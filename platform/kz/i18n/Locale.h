@@ -14,11 +14,11 @@ class Locale {
   explicit Locale(std::string_view name);
   // The first of LC_ALL, LC_MESSAGES and LANG that is not empty, as it was when this was first
   // asked: every text asks.
-  static Locale const& getDefault();
+  static const Locale& getDefault();
 
   // What file names of texts in this language end in, the most special first: "_de_DE", "_de".
   // Empty for a locale without a language (C, POSIX) and for a name that is none.
-  std::vector<std::string> const& suffixes() const noexcept { return suffixes_; }
+  const std::vector<std::string>& suffixes() const noexcept { return suffixes_; }
 
  private:
   std::vector<std::string> suffixes_;

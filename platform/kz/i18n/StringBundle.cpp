@@ -28,13 +28,13 @@ struct FileState {
   off_t size = 0;
   timespec modified{}, changed{};
 
-  static FileState of(std::string const& path) {
+  static FileState of(const std::string& path) {
     struct stat entry {};
     if (stat(path.c_str(), &entry) != 0) return {};
     return {entry.st_dev, entry.st_ino, entry.st_size, entry.st_mtim, entry.st_ctim};
   }
-  bool operator==(FileState const& other) const {
-    const auto same = [](timespec const& left, timespec const& right) {
+  bool operator==(const FileState& other) const {
+    const auto same = [](const timespec& left, const timespec& right) {
       return left.tv_sec == right.tv_sec && left.tv_nsec == right.tv_nsec;
     };
     return device == other.device && number == other.number && size == other.size &&
@@ -45,7 +45,7 @@ struct FileState {
   bool isSettled() const { return number == 0 || changed.tv_sec + 2 < std::time(nullptr); }
 };
 
-std::string readFile(std::string const& path) {
+std::string readFile(const std::string& path) {
   const io::FileDescriptor file(path, O_RDONLY);
   std::string content;
   std::array<char, 16384> piece{};
@@ -111,7 +111,7 @@ class StringBundle::Texts {
     }
   }
 
-  String const* find(std::string_view key) {
+  const String* find(std::string_view key) {
     const auto text = texts_.find(key);
     if (text == texts_.end()) return nullptr;
     if (!text->second.decoded) text->second.decoded = unescaped(text->second.raw);
@@ -137,7 +137,7 @@ class StringBundle::Texts {
   std::map<std::string_view, Text> texts_;  // parts of the content
 };
 
-std::string const& StringBundle::folder() {
+const std::string& StringBundle::folder() {
   // Without "..", which every look at a file would have to resolve again.
   static const std::string path =
       (std::filesystem::path(util::FilePath::getProgramDir().getBytes()) / KNOB_BUNDLE_PATH)
@@ -160,7 +160,7 @@ struct StringBundle::Source {
     Source fresh{path, now, now.isSettled()};
     try {
       if (now.number != 0) fresh.content = readFile(path);
-    } catch (ResultException const& failure) {
+    } catch (const ResultException& failure) {
       fresh.status = failure.getResult();
     }
     std::swap(*this, fresh);
@@ -168,28 +168,28 @@ struct StringBundle::Source {
   }
 };
 
-std::vector<StringBundle::Source> StringBundle::sources(String const& name, Locale const& locale) {
+std::vector<StringBundle::Source> StringBundle::sources(const String& name, const Locale& locale) {
   std::vector<std::string> suffixes = locale.suffixes();
   suffixes.emplace_back();
   std::vector<Source> sources;
   sources.reserve(suffixes.size());
-  for (std::string const& suffix : suffixes) {
+  for (const std::string& suffix : suffixes) {
     sources.push_back({folder() + "/" + name.getBytes() + suffix + ".properties"});
   }
   return sources;
 }
 
-StringBundle::StringBundle(std::vector<Source> const& sources) {
+StringBundle::StringBundle(const std::vector<Source>& sources) {
   // A language that cannot be read is a language that is not there.
   if (!sources.back().content) throw ResultException(sources.back().status);
-  for (Source const& source : sources) {
+  for (const Source& source : sources) {
     if (source.content) texts_.push_back(std::make_unique<Texts>(*source.content));
   }
 }
 
 StringBundle::~StringBundle() = default;
 
-Reference<StringBundle> StringBundle::getBundle(String const& name, Locale const* locale) {
+Reference<StringBundle> StringBundle::getBundle(const String& name, const Locale* locale) {
   struct Entry {
     String name;
     std::vector<std::string> suffixes;
@@ -198,8 +198,8 @@ Reference<StringBundle> StringBundle::getBundle(String const& name, Locale const
   };
   static std::list<Entry> cache;
 
-  Locale const& language = locale != nullptr ? *locale : Locale::getDefault();
-  const auto known = std::find_if(cache.begin(), cache.end(), [&](Entry const& candidate) {
+  const Locale& language = locale != nullptr ? *locale : Locale::getDefault();
+  const auto known = std::find_if(cache.begin(), cache.end(), [&](const Entry& candidate) {
     return candidate.name == name && candidate.suffixes == language.suffixes();
   });
   Entry& entry =
@@ -213,13 +213,13 @@ Reference<StringBundle> StringBundle::getBundle(String const& name, Locale const
   return entry.bundle;
 }
 
-String StringBundle::getString(String const& key) const {
-  return getString(key.getBytes(), [](String const&) { return true; });
+String StringBundle::getString(const String& key) const {
+  return getString(key.getBytes(), [](const String&) { return true; });
 }
 
-String StringBundle::getString(std::string const& key, Accepts const& accepts) const {
-  for (std::unique_ptr<Texts> const& texts : texts_) {
-    String const* const text = texts->find(key);
+String StringBundle::getString(const std::string& key, const Accepts& accepts) const {
+  for (const std::unique_ptr<Texts>& texts : texts_) {
+    const String* const text = texts->find(key);
     if (text != nullptr && accepts(*text)) return *text;
   }
   throw Exception("no text for the key " + key);

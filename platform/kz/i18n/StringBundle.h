@@ -30,20 +30,20 @@ class StringBundle : public Object {
  public:
   // No locale (null) means the default locale. Throws ResultException when the bundle's file
   // without a language cannot be read.
-  static Reference<StringBundle> getBundle(String const& name, Locale const* locale);
+  static Reference<StringBundle> getBundle(const String& name, const Locale* locale);
 
   // Where the files of bundles lie.
-  static std::string const& folder();
+  static const std::string& folder();
 
   ~StringBundle() override;
 
   // Throws Exception when the key is in none of the bundle's files.
-  String getString(String const& key) const;
+  String getString(const String& key) const;
 
   // The same, but a text that is not accepted counts as not there: texts are offered from that of
   // the most special language on.
-  using Accepts = std::function<bool(String const& text)>;
-  String getString(std::string const& key, Accepts const& accepts) const;
+  using Accepts = std::function<bool(const String& text)>;
+  String getString(const std::string& key, const Accepts& accepts) const;
 
  private:
   struct Source;
@@ -51,8 +51,8 @@ class StringBundle : public Object {
   // asked for; most runs ask for a few.
   class Texts;
 
-  static std::vector<Source> sources(String const& name, Locale const& locale);
-  explicit StringBundle(std::vector<Source> const& sources);
+  static std::vector<Source> sources(const String& name, const Locale& locale);
+  explicit StringBundle(const std::vector<Source>& sources);
 
   std::vector<std::unique_ptr<Texts>> texts_;  // the most special language first
 };

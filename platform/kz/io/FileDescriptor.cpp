@@ -43,7 +43,7 @@ std::size_t transferred(int descriptor, short event, Call call) {
 
 }  // namespace
 
-FileDescriptor::FileDescriptor(std::string const& path, int flags)
+FileDescriptor::FileDescriptor(const std::string& path, int flags)
     : descriptor_(retried([&] { return open(path.c_str(), flags | O_CLOEXEC, 0666); })) {}
 
 FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {
@@ -64,7 +64,7 @@ void FileDescriptor::close() {
   if (::close(detach()) != 0 && errno != EINTR) fail();
 }
 
-void writeAll(int descriptor, char const* bytes, std::size_t count) {
+void writeAll(int descriptor, const char* bytes, std::size_t count) {
   while (count > 0) {
     const std::size_t written =
         transferred(descriptor, POLLOUT, [&] { return write(descriptor, bytes, count); });

@@ -15,7 +15,7 @@ class FileDescriptor {
   // Takes an open descriptor over.
   explicit FileDescriptor(int descriptor) noexcept : descriptor_(descriptor) {}
   // Opens the path with the flags of open(2) (and O_CLOEXEC); a new file gets the mode 0666.
-  FileDescriptor(std::string const& path, int flags);
+  FileDescriptor(const std::string& path, int flags);
   FileDescriptor(FileDescriptor&& other) noexcept : descriptor_(other.detach()) {}
   FileDescriptor& operator=(FileDescriptor&& other) noexcept;
   ~FileDescriptor();
@@ -31,7 +31,7 @@ class FileDescriptor {
   int descriptor_ = -1;
 };
 
-void writeAll(int descriptor, char const* bytes, std::size_t count);
+void writeAll(int descriptor, const char* bytes, std::size_t count);
 // At most `count` bytes; 0 at the end.
 std::size_t readSome(int descriptor, char* bytes, std::size_t count);
 

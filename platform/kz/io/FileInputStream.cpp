@@ -8,7 +8,7 @@
 
 namespace kz::io {
 
-FileInputStream::FileInputStream(String const& name) : file_(name.getBytes(), O_RDONLY) {
+FileInputStream::FileInputStream(const String& name) : file_(name.getBytes(), O_RDONLY) {
   struct stat entry {};
   if (fstat(file_.get(), &entry) != 0) throw ResultException(statusOfErrno(errno));
   if (S_ISDIR(entry.st_mode)) throw ResultException(statusOfErrno(EISDIR));

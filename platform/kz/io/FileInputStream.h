@@ -11,7 +11,7 @@ namespace kz::io {
 
 class FileInputStream : public InputStream {
  public:
-  explicit FileInputStream(String const& name);
+  explicit FileInputStream(const String& name);
 
   std::size_t read(char* bytes, std::size_t count) override {
     return readSome(file_.get(), bytes, count);

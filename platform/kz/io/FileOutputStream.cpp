@@ -4,10 +4,10 @@
 
 namespace kz::io {
 
-FileOutputStream::FileOutputStream(String const& name, bool append)
+FileOutputStream::FileOutputStream(const String& name, bool append)
     : file_(name.getBytes(), O_WRONLY | O_CREAT | (append ? O_APPEND : O_TRUNC)) {}
 
-void FileOutputStream::write(char const* bytes, std::size_t count) {
+void FileOutputStream::write(const char* bytes, std::size_t count) {
   writeAll(file_.get(), bytes, count);
 }
 

@@ -11,9 +11,9 @@ namespace kz::io {
 
 class FileOutputStream : public OutputStream {
  public:
-  FileOutputStream(String const& name, bool append);
+  FileOutputStream(const String& name, bool append);
 
-  void write(char const* bytes, std::size_t count) override;
+  void write(const char* bytes, std::size_t count) override;
   void close() override { file_.close(); }
 
  private:

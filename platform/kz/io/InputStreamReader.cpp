@@ -7,7 +7,7 @@
 
 namespace kz::io {
 
-InputStreamReader::InputStreamReader(InputStream* stream, wchar_t const* encoding, long bufferSize)
+InputStreamReader::InputStreamReader(InputStream* stream, const wchar_t* encoding, long bufferSize)
     : stream_(stream), buffer_(static_cast<std::size_t>(bufferSize), '\0') {
   if (encoding != nullptr) throw ResultException(kStatusInvalidArgument);
 }

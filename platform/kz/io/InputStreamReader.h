@@ -13,7 +13,7 @@ class InputStreamReader : public Reader {
  public:
   // No encoding name (null) means UTF-8, the only encoding there is; another throws
   // ResultException. The buffer size is in bytes.
-  InputStreamReader(InputStream* stream, wchar_t const* encoding, long bufferSize);
+  InputStreamReader(InputStream* stream, const wchar_t* encoding, long bufferSize);
 
   bool read(std::wstring& characters) override;
 

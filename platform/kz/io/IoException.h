@@ -8,7 +8,7 @@ namespace kz::io {
 
 class IoException : public Exception {
  public:
-  explicit IoException(String const& description) : Exception(description) {}
+  explicit IoException(const String& description) : Exception(description) {}
 };
 
 }  // namespace kz::io

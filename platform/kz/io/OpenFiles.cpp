@@ -16,11 +16,11 @@ bool isOwn(int descriptor) {
 
 }  // namespace
 
-bool isOpenHere(std::string const& path) {
+bool isOpenHere(const std::string& path) {
   struct stat file {};
   if (stat(path.c_str(), &file) != 0 || !S_ISREG(file.st_mode)) return false;
   std::error_code unknown;
-  for (auto const& entry : std::filesystem::directory_iterator("/proc/self/fd", unknown)) {
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd", unknown)) {
     const int descriptor = std::atoi(entry.path().filename().c_str());
     struct stat open {};
     if (isOwn(descriptor) && fstat(descriptor, &open) == 0 && open.st_dev == file.st_dev &&

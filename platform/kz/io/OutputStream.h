@@ -11,7 +11,7 @@ namespace kz::io {
 
 class OutputStream : public Object {
  public:
-  virtual void write(char const* bytes, std::size_t count) = 0;
+  virtual void write(const char* bytes, std::size_t count) = 0;
   virtual void close() = 0;
 };
 

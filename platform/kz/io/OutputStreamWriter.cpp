@@ -5,18 +5,18 @@
 
 namespace kz::io {
 
-OutputStreamWriter::OutputStreamWriter(OutputStream* stream, wchar_t const* encoding,
+OutputStreamWriter::OutputStreamWriter(OutputStream* stream, const wchar_t* encoding,
                                        long bufferSize)
     : stream_(stream), bufferSize_(static_cast<std::size_t>(bufferSize)) {
   if (encoding != nullptr) throw ResultException(kStatusInvalidArgument);
 }
 
-void OutputStreamWriter::write(String const& text) {
+void OutputStreamWriter::write(const String& text) {
   utf8::encode(text.characters(), buffer_);
   flushIfFull();
 }
 
-void OutputStreamWriter::writeLine(String const& text) {
+void OutputStreamWriter::writeLine(const String& text) {
   utf8::encode(text.characters(), buffer_);
   buffer_ += '\n';
   flushIfFull();

@@ -18,10 +18,10 @@ class OutputStreamWriter : public Writer {
  public:
   // No encoding name (null) means UTF-8, the only encoding there is; another throws
   // ResultException. The buffer size is in bytes.
-  OutputStreamWriter(OutputStream* stream, wchar_t const* encoding, long bufferSize);
+  OutputStreamWriter(OutputStream* stream, const wchar_t* encoding, long bufferSize);
 
-  void write(String const& text) override;
-  void writeLine(String const& text) override;
+  void write(const String& text) override;
+  void writeLine(const String& text) override;
   void flush() override;
   void close() override;
 

@@ -12,9 +12,9 @@ class PrintWriter : public Object {
  public:
   PrintWriter(Writer* writer, bool autoFlush) : writer_(writer), autoFlush_(autoFlush) {}
 
-  void print(String const& text) { writer_->write(text); }
+  void print(const String& text) { writer_->write(text); }
   // The text and a line feed.
-  void println(String const& text) {
+  void println(const String& text) {
     writer_->writeLine(text);
     if (autoFlush_) flush();
   }

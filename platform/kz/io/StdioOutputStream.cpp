@@ -12,7 +12,7 @@ Reference<OutputStream> StdioOutputStream::getStdErrorStream() {
   return Reference<OutputStream>(new StdioOutputStream(STDERR_FILENO));
 }
 
-void StdioOutputStream::write(char const* bytes, std::size_t count) {
+void StdioOutputStream::write(const char* bytes, std::size_t count) {
   writeAll(descriptor_, bytes, count);
 }
 

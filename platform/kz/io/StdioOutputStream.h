@@ -14,7 +14,7 @@ class StdioOutputStream : public OutputStream {
   StdioOutputStream();
   static Reference<OutputStream> getStdErrorStream();
 
-  void write(char const* bytes, std::size_t count) override;
+  void write(const char* bytes, std::size_t count) override;
   void close() override {}
 
  private:

@@ -8,9 +8,9 @@ namespace kz::io {
 
 class Writer : public Object {
  public:
-  virtual void write(String const& text) = 0;
+  virtual void write(const String& text) = 0;
   // The text and a line feed, handed on in one piece.
-  virtual void writeLine(String const& text) = 0;
+  virtual void writeLine(const String& text) = 0;
   // Hands what is buffered to the system.
   virtual void flush() = 0;
   // Flushes and closes; a second call does nothing.

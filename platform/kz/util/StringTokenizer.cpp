@@ -4,7 +4,7 @@
 
 namespace kz::util {
 
-StringTokenizer::StringTokenizer(String const& text, wchar_t const* delimiters,
+StringTokenizer::StringTokenizer(const String& text, const wchar_t* delimiters,
                                  bool returnDelimiters)
     : text_(text), delimiters_(delimiters), returnDelimiters_(returnDelimiters) {
   skipDelimiters();

@@ -9,7 +9,7 @@ namespace kz::util {
 
 class StringTokenizer {
  public:
-  StringTokenizer(String const& text, wchar_t const* delimiters, bool returnDelimiters = false);
+  StringTokenizer(const String& text, const wchar_t* delimiters, bool returnDelimiters = false);
 
   bool hasMoreTokens() const noexcept { return position_ < text_.characters().size(); }
   // Empty when there are no more.
