@@ -121,12 +121,14 @@ Report::Carried Report::settingsFile(const Differences& differences, const Tags&
     const std::string id = std::to_string(difference.id);
     const std::string reason = obstacle(difference);
     if (!reason.empty()) {
-      carried.remaining += "knob-diff: setting " + id + " (" + printable(difference.name) +
-                           ") is left out: " + reason + "\n";
+      carried.remaining.append("knob-diff: setting ").append(id).append(" (");
+      carried.remaining.append(printable(difference.name)).append(") is left out: ");
+      carried.remaining.append(reason).append("\n");
       continue;
     }
     if (!difference.name.empty()) carried.file += difference.name + "\n";
-    carried.file += "\t" + tags.id + " " + id + "\n\t" + tags.value + " " + *difference.a + "\n";
+    carried.file.append("\t").append(tags.id).append(" ").append(id).append("\n\t");
+    carried.file.append(tags.value).append(" ").append(*difference.a).append("\n");
   }
   return carried;
 }

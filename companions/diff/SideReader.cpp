@@ -50,6 +50,7 @@ std::string reasonOf(int status) {
 
 std::vector<char*> pointers(std::vector<std::string>& texts) {
   std::vector<char*> all;
+  all.reserve(texts.size() + 1);
   for (std::string& text : texts) all.push_back(text.data());
   all.push_back(nullptr);
   return all;
@@ -57,7 +58,9 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
 
 std::vector<std::string> variablesFor(const Side& side) {
   std::vector<std::string> variables;
-  for (const auto& [name, value] : side.environment) variables.push_back(name + "=" + value);
+  for (const auto& [name, value] : side.environment) {
+    variables.emplace_back(name).append("=").append(value);
+  }
   for (char** variable = environ; *variable != nullptr; ++variable) {
     const std::string_view text = *variable;
     if (!side.environment.contains(std::string(text.substr(0, text.find('='))))) {

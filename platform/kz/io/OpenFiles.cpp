@@ -1,6 +1,6 @@
 #include "kz/io/OpenFiles.h"
 
-#include <cstdlib>
+#include <charconv>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
@@ -21,7 +21,9 @@ bool isOpenHere(const std::string& path) {
   if (stat(path.c_str(), &file) != 0 || !S_ISREG(file.st_mode)) return false;
   std::error_code unknown;
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd", unknown)) {
-    const int descriptor = std::atoi(entry.path().filename().c_str());
+    const std::string name = entry.path().filename();
+    int descriptor = -1;
+    std::from_chars(name.data(), name.data() + name.size(), descriptor);
     struct stat open {};
     if (isOwn(descriptor) && fstat(descriptor, &open) == 0 && open.st_dev == file.st_dev &&
         open.st_ino == file.st_ino) {
