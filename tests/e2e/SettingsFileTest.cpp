@@ -161,9 +161,9 @@ TEST_F(SettingsFile, IsNotReplacedWithoutAYes) {
             std::string::npos);
   }
   Process endless = knob(home.path(), {});
-  endless.arguments = {
-      "/bin/sh", "-c",
-      "ulimit -v 1000000; '" + endless.arguments[0] + "' -O '" + home / "file" + "' </dev/zero"};
+  endless.arguments = {"/bin/sh", "-c",
+                       "ulimit -v " KNOB_MEMORY_LIMIT "; '" + endless.arguments[0] + "' -O '" +
+                           home / "file" + "' </dev/zero"};
   EXPECT_EQ(0, endless.run().status);
   EXPECT_EQ("mine", readFile(home / "file"));
 }
