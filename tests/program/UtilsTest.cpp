@@ -6,7 +6,7 @@
 
 namespace {
 
-kz::Reference<Utils::StringList> listOf(const std::vector<char const*>& texts) {
+kz::Reference<Utils::StringList> listOf(const std::vector<const char*>& texts) {
   kz::Reference<Utils::StringList> list(new Utils::StringList);
   for (const char* const text : texts) list->add(new kz::String(text));
   return list;
