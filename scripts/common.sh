@@ -46,12 +46,21 @@ build() {
   cmake --build "$folder" --target "$@" -- --quiet 2>&1 | sed '/^ninja: no work to do/d' >&2
 }
 
-# build_fuzzers: builds them in build-fuzz/.
+# build_fuzzers: builds them in build-fuzz/, with what they start from in build-fuzz/seeds/: the
+# files in tests/fuzz/seeds and a store that the program makes.
 build_fuzzers() {
+  local seeds=$root/build-fuzz/seeds change
   install $build_packages $fuzz_packages
   cmake -S "$root" -B "$root/build-fuzz" -G Ninja -DKNOB_FUZZ=ON -DKNOB_TESTS=OFF \
     -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ >&2
   build "$root/build-fuzz" fuzzers
+  rm -rf "$seeds"
+  cp -r "$root/tests/fuzz/seeds" "$seeds"
+  mkdir "$seeds/store"
+  for change in '25 5' '74 text' '203 1'; do
+    # shellcheck disable=SC2086 # the words of a change
+    "$root/build-fuzz/bin/knob" $change -S "file:$seeds/store/settings.db" >&2
+  done
 }
 
 # run_fuzzers FOLDER OPTION...: each with the options of libFuzzer. What it learns is kept in the
@@ -59,7 +68,7 @@ build_fuzzers() {
 run_fuzzers() {
   local folder=$1 seeds name corpus
   shift
-  for seeds in "$root"/tests/fuzz/seeds/*; do
+  for seeds in "$root"/build-fuzz/seeds/*; do
     name=$(basename "$seeds")
     corpus=$folder/$name
     mkdir -p "$corpus"
