@@ -1,5 +1,6 @@
 // Applying the settings of a settings file (docs/settings-file.md), one by one.
 #include <memory>
+#include <optional>
 
 #include "commands/CommandProcessor.h"
 #include "kz/Exception.h"
@@ -19,9 +20,36 @@ constexpr wchar_t kByteOrderMark = 0xFEFF;
 // anything at all does not fill the memory.
 constexpr int kMostCharacters = 65536;
 
+// One blank for each run of them; none at the beginning.
+void squeeze(kz::String& line) {
+  const bool endsInBlank = line.charAt(line.length() - 1) == L' ';
+  kz::util::StringTokenizer words(line, L" ", false);
+  kz::String squeezed;
+  while (words.hasMoreTokens()) squeezed += words.nextToken() + " ";
+  line = endsInBlank ? squeezed : squeezed.substring(0, squeezed.length() - 1);
+}
+
+// The next line, without tabs. Of a long one, runs of blanks, which only part words, count as one.
 bool readLine(kz::io::BufferedReader& reader, kz::String& line) {
   reader.skipRest();
-  return reader.readLine(line, kMostCharacters) >= 0;
+  if (reader.readLine(line, kMostCharacters) < 0) return false;
+  Utils::removeTabChars(line);
+  if (reader.isCut()) squeeze(line);
+  while (reader.isCut() && line.length() < kMostCharacters) {
+    kz::String more;
+    reader.readLine(more, kMostCharacters - line.length());
+    Utils::removeTabChars(more);
+    squeeze(line += more);
+  }
+  return true;
+}
+
+std::optional<int> idOf(const kz::String& text) {
+  try {
+    return Utils::parseInt(text);
+  } catch (const NumberFormatException&) {
+    return std::nullopt;
+  }
 }
 
 // A value whose end was not kept is too long, unless the setting takes the first word alone.
@@ -60,14 +88,12 @@ void CommandProcessor::openInputFile() {
 bool CommandProcessor::importSetting(bool ignoreErrors) {
   kz::String idText;
   if (getTagValue(tagIdText, idText) != 0) return false;
-  int id = 0;
-  try {
-    if (inputReader->isCut()) throw NumberFormatException(idText);
-    id = Utils::parseInt(idText);
-  } catch (const NumberFormatException&) {
+  const std::optional<int> known = inputReader->isCut() ? std::nullopt : idOf(idText);
+  if (!known) {
     err->println(messages->getResStr("ERR_SKIP_STG", idText.getBytes().c_str()));
     return true;
   }
+  const int id = *known;
 
   kz::String valueText;
   const bool atEnd = getTagValue(tagValueText, valueText) != 0;
@@ -105,7 +131,6 @@ int CommandProcessor::getTagValue(kz::String tag, kz::String& value) {
   logger->finest("Inside getTagValue() for tag: " + tag);
   kz::String line;
   while (readLine(*inputReader, line)) {
-    Utils::removeTabChars(line);
     line.trim(kLineBlanks);
     if (!line.regionMatches(0, tag, true)) continue;
     value = line.substring(tag.length()).trim(kLineBlanks);

@@ -248,6 +248,7 @@ TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
       refused("9999", "1") +
       "Setting 26 was not changed: its value in the file is not a number or is out of range.\n" +
       refused("25", "3601");
+  const std::string blanks = std::string(70000, ' ') + "\t ";
   const std::string tooLong = refused("74", std::string(1024, 'x'));
   const struct {
     std::string content;
@@ -271,10 +272,10 @@ TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
       {"\xEF\xBB\xBF" + good, "", true},
       {good + "\xEF\xBB\xBF" + setting("25", "6"), "", true},
       {std::string(5000000, 'x') + "\n" + good, "", true},
-      {setting("25" + std::string(70000, ' ') + "x", "6") + good,
-       "Setting skipped: its ID is not a number or is out of range: 25\n", true},
-      {good + setting("25", std::string(70000, ' ') + "6"), replaced(tooLong, "74", "25"), true},
-      {setting("74", "a" + std::string(70000, ' ') + "b") + good, tooLong, true},
+      {setting("25" + blanks + "x", "6") + good,
+       "Setting skipped: its ID is not a number or is out of range: 25 x\n", true},
+      {kIdTag + " 25" + blanks + "\n" + blanks + kValueTag + blanks + "5" + blanks, "", true},
+      {setting("74", "a" + blanks + "b" + blanks) + good, "", true},
       {setting("203", replaced(std::string(200000, 'x'), "x", " 0")) + good,
        replaced(tooLong, "74", "203"), true},
       {setting("25", " 5" + replaced(std::string(100001, 'x'), "x", " x")), "", true},
