@@ -39,7 +39,7 @@ class String : public Object {
   // 0 past the end.
   wchar_t charAt(int index) const noexcept;
 
-  // Puts `text` in the place of `count` characters from `start`: the one way in which text changes.
+  // Puts `text` in the place of `count` characters from `start`.
   String& replace(int start, int count, const String& text);
   String& append(const String& text) { return replace(length(), 0, text); }
   String& insert(int index, const String& text) { return replace(index, 0, text); }

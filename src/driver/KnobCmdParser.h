@@ -24,7 +24,7 @@ class KnobCmdParser : public kz::Object {
   // The argument at the index as the value of the option before it. Throws OptionException when it
   // is missing or begins with "-".
   kz::String getOptionValue(int index, int argc, char** argv);
-  // Fills in the server: the machine's own host name.
+  // Fills in an empty server: the machine's own host name, or localhost if it has none.
   void setDefaults();
 
   kz::String getUserName() const { return userName; }

@@ -5,7 +5,7 @@
 kz::String FormatHelper::getTabStr(int count) const { return kz::String().insert(0, count, L'\t'); }
 
 void FormatHelper::padToLen(kz::String& text, int length) const {
-  text.insert(text.length(), length - text.length(), L' ');
+  if (length > text.length()) text.insert(text.length(), length - text.length(), L' ');
 }
 
 void FormatHelper::putError(kz::String text) { logger->severe("ERROR! - " + text); }

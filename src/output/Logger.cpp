@@ -57,9 +57,12 @@ void Logger::addStdOutHandler() {
 void Logger::addFileHandler(kz::String name) {
   const int status = Utils::createDirs(name);
   if (status != 0) throwError(status, name);
+  // The engine may have it open, as its store.
+  if (kz::io::isOpenHere(name.getBytes())) {
+    throw fileFailure(*messages, "ERR_CREATE_FILE", reportedName(name), "FILE_IN_USE_ERROR",
+                      kz::kStatusFileInUse);
+  }
   try {
-    // The engine may have it open, as its store.
-    if (kz::io::isOpenHere(name.getBytes())) throw kz::ResultException(kz::kStatusFileInUse);
     addHandler(kz::Reference<kz::io::OutputStream>(new kz::io::FileOutputStream(name, false)));
   } catch (const kz::Exception& failure) {
     throwError(failure.getResult(), reportedName(name));

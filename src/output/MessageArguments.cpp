@@ -57,6 +57,12 @@ void skip(std::wstring_view& text, std::wstring_view set,
   text.remove_prefix(std::min({text.find_first_not_of(set), text.size(), most}));
 }
 
+// The number of a status is its key.
+bool isStatus(std::string_view key) {
+  if (key.starts_with('-')) key.remove_prefix(1);
+  return !key.empty() && key.find_first_not_of("0123456789") == key.npos;
+}
+
 // What the conversion at the beginning of the text takes, 0 for one that has no meaning here. The
 // conversion is taken off.
 char takeConversion(std::wstring_view& text) {
@@ -82,8 +88,8 @@ std::span<MessageArguments::Entry const> MessageArguments::table() { return kTab
 
 std::optional<std::string_view> MessageArguments::of(std::string_view key) {
   const auto* const entry = std::ranges::lower_bound(kTable, key, {}, &Entry::key);
-  if (entry == std::end(kTable) || entry->key != key) return std::nullopt;
-  return entry->kinds;
+  if (entry != std::end(kTable) && entry->key == key) return entry->kinds;
+  return isStatus(key) ? std::optional(std::string_view()) : std::nullopt;
 }
 
 bool MessageArguments::suffice(std::string_view kinds, std::wstring_view text) {

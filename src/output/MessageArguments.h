@@ -20,7 +20,8 @@ class MessageArguments {
   // The keys of the program's bundle, sorted.
   static std::span<const Entry> table();
 
-  // None for a key that is not in the table, of whose arguments nothing is known.
+  // None for a key of whose arguments nothing is known: it is neither in the table nor the number
+  // of a status, which has no arguments.
   static std::optional<std::string_view> of(std::string_view key);
 
   // Whether the text can be formatted with such arguments: its conversions take a beginning of

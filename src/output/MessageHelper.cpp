@@ -21,8 +21,12 @@ bool hasConversions(const kz::String& text) {
   return text.characters().find(L'%') != std::wstring::npos;
 }
 
-// The number of a status is its key.
-bool isStatus(const char* key) { return *key >= '0' && *key <= '9'; }
+// The beginning of the text that there is room for.
+kz::String fitting(const kz::String& text) {
+  if (text.length() <= kSurelyWhole) return text;
+  const std::string bytes = text.getBytes();
+  return bytes.substr(0, kz::utf8::cut(bytes, kTextSize - 1));
+}
 
 }  // namespace
 
@@ -33,17 +37,17 @@ kz::String MessageHelper::getResStr(const char* key, ...) const {
   const auto accepts = [key](const kz::String& candidate) {
     if (!hasConversions(candidate)) return true;
     const auto arguments = MessageArguments::of(key);
-    return !arguments || MessageArguments::suffice(*arguments, candidate.characters());
+    return !arguments || MessageArguments::suffice(*arguments, fitting(candidate).characters());
   };
   kz::String text;
   CMSGStrings::MakeResourceString(bundleName, keyPrefix + key, accepts, text);
   if (!hasConversions(text) && text.length() <= kSurelyWhole) return text;
-  if (isStatus(key) && !MessageArguments::suffice("", text.characters())) return text;
   std::array<char, kTextSize> format;
   KZUnicodeToAnsi(format.data(), text.characters().c_str(), static_cast<int>(format.size()));
 
   // One byte more than the message may have tells whether the cut is inside a character.
   std::array<char, kMessageSize + 3> message;
+  message[0] = '\0';
   std::va_list values;
   va_start(values, key);
   std::vsnprintf(message.data(), message.size(), format.data(), values);

@@ -1,7 +1,7 @@
-// Texts for people: an object bound to one bundle and one prefix of its keys. A lookup never
-// throws; a text that is missing is replaced by its full key, a missing bundle by a sentence that
-// says so. A text that asks for arguments which its key does not have counts as missing; one of a
-// status, whose key is a number and has none, is then given as it stands.
+// Texts for people: an object bound to one bundle and one prefix of its keys. A lookup throws
+// nothing of the bundle's; a text that is missing is replaced by its full key, a missing bundle by
+// a sentence that says so. A text that asks for arguments which its key does not have counts as
+// missing.
 #ifndef KNOB_OUTPUT_MESSAGE_HELPER_H
 #define KNOB_OUTPUT_MESSAGE_HELPER_H
 

@@ -58,13 +58,14 @@ TEST(MessageHelper, FormatsNoTextThatAsksForMoreThanItsKeyHas) {
 }
 
 TEST(MessageHelper, TakesTheTextOfALessSpecialLanguageForOneThatAsksForTooMuch) {
-  const Bundle special("TEST_HDR_COUNT=%d %s\nTEST_TAG_RANGE=%s\nTEST_7001=%d of %%", "_xx_YY");
+  const Bundle special("TEST_HDR_COUNT=%d %s\nTEST_TAG_RANGE=%s\nTEST_-7=%x", "_xx_YY");
   const Bundle language("TEST_HDR_COUNT=%n\nTEST_TAG_RANGE=ab %d", "_xx");
-  const Bundle base("TEST_HDR_COUNT=%d settings\nTEST_TAG_RANGE=%d to %s\nTEST_NAME=%d");
+  const Bundle base(
+      "TEST_HDR_COUNT=%d settings\nTEST_TAG_RANGE=%d to %s\nTEST_NAME=%d\nTEST_8002=100%% of %%");
   EXPECT_EQ(say("HDR_COUNT", 5), "5 settings");
   EXPECT_EQ(say("TAG_RANGE", 1, "x"), "ab 1");
   EXPECT_EQ(say("NAME", "1.0"), "TEST_NAME");
-  EXPECT_EQ(say("7001"), "%d of %%");
+  EXPECT_EQ(say("-7") + say("8002"), "TEST_-7100% of %");
 }
 
 TEST(CMSGStrings, MakesKeysAndDialogs) {

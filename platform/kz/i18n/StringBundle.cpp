@@ -24,13 +24,14 @@ constexpr std::string_view kBlanks = " \t";
 // What tells one state of a file from another.
 struct FileState {
   dev_t device = 0;
-  ino_t number = 0;  // 0: the file does not exist
+  ino_t number = 0;  // 0: there is no such file
   off_t size = 0;
   timespec modified{}, changed{};
 
   static FileState of(const std::string& path) {
     struct stat entry {};
-    if (stat(path.c_str(), &entry) != 0) return {};
+    // Reading anything but a regular file could take for ever.
+    if (stat(path.c_str(), &entry) != 0 || !S_ISREG(entry.st_mode)) return {};
     return {entry.st_dev, entry.st_ino, entry.st_size, entry.st_mtim, entry.st_ctim};
   }
   bool operator==(const FileState& other) const {

@@ -20,8 +20,9 @@ bool isOpenHere(const std::string& path) {
   struct stat file {};
   if (stat(path.c_str(), &file) != 0 || !S_ISREG(file.st_mode)) return false;
   std::error_code unknown;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd", unknown)) {
-    const std::string name = entry.path().filename();
+  std::filesystem::directory_iterator entry("/proc/self/fd", unknown);
+  for (; entry != end(entry); entry.increment(unknown)) {
+    const std::string name = entry->path().filename();
     int descriptor = -1;
     std::from_chars(name.data(), name.data() + name.size(), descriptor);
     struct stat open {};

@@ -13,7 +13,7 @@ class Writer : public Object {
   virtual void writeLine(const String& text) = 0;
   // Hands what is buffered to the system.
   virtual void flush() = 0;
-  // Flushes and closes; a second call does nothing.
+  // Flushes and closes; a second call does nothing. When flushing fails, a second call closes.
   virtual void close() = 0;
 };
 
