@@ -291,7 +291,7 @@ TEST_F(TuningLibrary, LeavesAStoreThatItCannotUseAsItIs) {
   const std::tuple<TnStatus, std::function<void()>> cases[] = {
       {TN_STORE_NOT_A_FILE, [&] { fs::create_directory(store); }},
       {TN_STORE_NOT_A_FILE, [&] { mkfifo(store.c_str(), 0666); }},
-      {TN_STORE_IO_ERROR, [&] { fs::create_symlink(store, store); }},
+      {TN_STORE_PATH_UNUSABLE, [&] { fs::create_symlink(store, store); }},
       {TN_STORE_FOREIGN, file("Setting ID: 25\n")},
       {TN_STORE_FOREIGN, [&] { runSql(store, "CREATE TABLE setting (id, value)"); }},
       {TN_STORE_NEWER, sql("PRAGMA user_version = 2")},

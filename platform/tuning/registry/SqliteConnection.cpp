@@ -21,9 +21,9 @@ std::string plainName(const std::string& path) {
   return path.starts_with('/') ? path : "./" + path;
 }
 
-// Why no file can be made beside `path`, as an errno; 0 if one can.
-int refusalOfNewFile(const std::string& path) {
-  std::string name = path + "-XXXXXX";
+// Why no file can be made beside the one with the name, as an errno; 0 if one can.
+int refusalOfNewFile(std::string name) {
+  name += "-XXXXXX";
   const int file = mkostemp(name.data(), O_CLOEXEC);
   if (file < 0) return errno;
   unlink(name.c_str());
@@ -45,15 +45,18 @@ void SqliteConnection::checkPath(const std::string& path) {
   }
 }
 
-SqliteConnection::SqliteConnection(const std::string& path, std::chrono::milliseconds patience)
-    : path_(path) {
+SqliteConnection::SqliteConnection(const std::string& path, std::chrono::milliseconds patience) {
   constexpr int kFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
   sqlite3* opened = nullptr;
   errno = 0;
   const int result = sqlite3_open_v2(plainName(path).c_str(), &opened, kFlags, nullptr);
   database_.reset(opened);
   check(result);
-  sqlite3_busy_timeout(opened, static_cast<int>(patience.count()));
+  setPatience(patience);
+}
+
+void SqliteConnection::setPatience(std::chrono::milliseconds patience) noexcept {
+  sqlite3_busy_timeout(database_.get(), static_cast<int>(patience.count()));
 }
 
 void SqliteConnection::execute(const char* sql) {
@@ -129,8 +132,10 @@ TnStatus SqliteConnection::systemFailure(int result) {
   const int kept = sqlite3_system_errno(database_.get());
   int error = kept != 0 ? kept : errno;
   // When SQLite cannot make a journal it tries to open one to read, and keeps the number of that.
-  if (result == SQLITE_CANTOPEN && error == ENOENT) {
-    const int refusal = refusalOfNewFile(path_);
+  // The journal lies beside the file that a link leads to.
+  const char* const name = sqlite3_db_filename(database_.get(), "main");
+  if (result == SQLITE_CANTOPEN && error == ENOENT && name != nullptr) {
+    const int refusal = refusalOfNewFile(name);
     if (refusal != 0) error = refusal;
   }
   return writeFailure(error);

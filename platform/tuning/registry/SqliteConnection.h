@@ -32,6 +32,8 @@ class SqliteConnection {
   // may have to be undone.
   SqliteConnection(const std::string& path, std::chrono::milliseconds patience);
 
+  void setPatience(std::chrono::milliseconds patience) noexcept;
+
   // One or more statements without results.
   void execute(const char* sql);
   // TN_STORE_UNSYNCED: the change is made, but may not last.
@@ -56,7 +58,6 @@ class SqliteConnection {
   TnStatus statusOf(int result);
   TnStatus systemFailure(int result);
 
-  std::string path_;
   std::unique_ptr<sqlite3, Close> database_;
 };
 

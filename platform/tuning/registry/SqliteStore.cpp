@@ -93,6 +93,8 @@ void SqliteStore::write(int32_t settingId, const std::string& value) {
     open.step(change);
     (*values_)[settingId] = value;
     open.commit();  // nothing that can fail comes after it
+    patience_ = kPatience;
+    open.setPatience(patience_);
   });
 }
 

@@ -6,7 +6,7 @@
 // pages and the definition of the table.
 //
 // The first operation that finds the file locked waits ten seconds for it. Once that was in vain,
-// later ones do not wait.
+// later ones do not wait until a value could be written.
 #ifndef KNOB_TUNING_REGISTRY_SQLITE_STORE_H
 #define KNOB_TUNING_REGISTRY_SQLITE_STORE_H
 
@@ -47,9 +47,11 @@ class SqliteStore : public Store {
   void disconnect() noexcept;
   void refresh(SqliteConnection& connection);
 
+  static constexpr std::chrono::milliseconds kPatience{10'000};
+
   bool makesFolder_ = true;
   std::optional<StoreFile> file_;
-  std::chrono::milliseconds patience_{10'000};
+  std::chrono::milliseconds patience_ = kPatience;
 
   std::optional<SqliteConnection> connection_;
   std::optional<StoreFile::Identity> opened_;

@@ -29,10 +29,10 @@ uint32_t numberAt(const Header& header, size_t offset) {
   return number;
 }
 
-int openToRead(const std::string& path) {
+int opened(const std::string& path, int flags) {
   int file = -1;
   do {
-    file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    file = open(path.c_str(), flags | O_CLOEXEC, 0644);
   } while (file < 0 && errno == EINTR);
   return file;
 }
@@ -40,7 +40,7 @@ int openToRead(const std::string& path) {
 // Zeros where the file is shorter. A signal, or a system that gives less than is there, makes no
 // difference: half a header would be that of another program's file.
 Header readHeader(const std::string& path) {
-  const int file = openToRead(path);
+  const int file = opened(path, O_RDONLY | O_NONBLOCK);
   if (file < 0) throw TuningError(readFailure(errno));
   Header header{};
   ssize_t count = 1;
@@ -84,7 +84,7 @@ void StoreFile::checkHeader() const {
 }
 
 void StoreFile::create() const {
-  const int file = open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+  const int file = opened(path_, O_RDWR | O_CREAT);
   if (file < 0) throw TuningError(writeFailure(errno));
   close(file);
 }

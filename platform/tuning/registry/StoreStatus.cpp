@@ -15,6 +15,7 @@ TnStatus failure(int error, TnStatus noRight) {
     case ENOTDIR:
       return TN_STORE_NO_FOLDER;
     case ENAMETOOLONG:
+    case ELOOP:
       return TN_STORE_PATH_UNUSABLE;
     case EISDIR:
       return TN_STORE_NOT_A_FILE;

@@ -85,13 +85,14 @@ std::string formatItems(std::span<const int32_t> items) {
 
 std::optional<std::vector<int32_t>> parseItems(std::string_view canonical) {
   std::vector<int32_t> items;
-  while (!canonical.empty()) {
-    const size_t end = std::min(canonical.find(' '), canonical.size());
-    const std::optional<int32_t> item = parseInteger(canonical.substr(0, end));
+  for (std::string_view rest = canonical; !rest.empty();) {
+    const size_t end = std::min(rest.find(' '), rest.size());
+    const std::optional<int32_t> item = parseInteger(rest.substr(0, end));
     if (!item) return std::nullopt;
     items.push_back(*item);
-    canonical.remove_prefix(std::min(end + 1, canonical.size()));
+    rest.remove_prefix(std::min(end + 1, rest.size()));
   }
+  if (formatItems(items) != canonical) return std::nullopt;
   return items;
 }
 
@@ -99,7 +100,9 @@ std::optional<int32_t> parseInteger(std::string_view canonical) {
   int32_t value = 0;
   const char* end = canonical.data() + canonical.size();
   const auto [rest, error] = std::from_chars(canonical.data(), end, value);
-  if (error != std::errc() || rest != end) return std::nullopt;
+  if (error != std::errc() || rest != end || std::to_string(value) != canonical) {
+    return std::nullopt;
+  }
   return value;
 }
 
