@@ -14,7 +14,7 @@ inline bool isSameIgnoringCase(std::string_view a, std::string_view b) {
   return std::ranges::equal(a, b, {}, lower, lower);
 }
 
-// A control character that a line of a settings file cannot carry; a tab it can.
+// A control character that no value may hold. A tab may be in one, though an import loses it.
 inline bool isControl(char c) {
   return (static_cast<unsigned char>(c) < ' ' && c != '\t') || c == '\x7f';
 }

@@ -2,9 +2,9 @@
 // the first time a server name of its kind is opened, so that a program that never meets such an
 // engine never loads the engine's client library.
 //
-// A module defines the one function below and hides everything else. It may have a C++ runtime of
-// its own, but it has to be built with the same compiler and standard library as the tuning
-// library.
+// A module defines the function below, or a door of registry/RegistryDoors.h, and hides everything
+// else. It may have a C++ runtime of its own, but it has to be built with the same compiler and
+// standard library as the tuning library, and share its memory allocator.
 #ifndef KNOB_TUNING_ENGINE_MODULE_H
 #define KNOB_TUNING_ENGINE_MODULE_H
 

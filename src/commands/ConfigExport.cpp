@@ -37,8 +37,9 @@ void CommandProcessor::writeConfiguration(bool ignoreErrors, bool suppressPrompt
     formatter->putData("\t]", 0);
     formatter->putData("}", 0);
   } else {
-    formatter->putData(messages->getResStr("INFO_STGS_WRITTEN", outputFileName.getBytes().c_str()),
-                       1);
+    // A name of several lines could be taken for lines of settings by an import.
+    const std::string name = kz::String(outputFileName).translate(L'\n', L' ').getBytes();
+    formatter->putData(messages->getResStr("INFO_STGS_WRITTEN", name.c_str()), 1);
   }
   // Some systems tell only now that they could not keep what was written.
   file->close();

@@ -9,8 +9,9 @@
  *   TN_SUCCESS or one of the codes below. After a failure the out-arguments hold nothing of use,
  *   except the size that TN_BUFFER_TOO_SMALL reports.
  * - An in/out count or size holds the capacity of the caller's array before the call and what was
- *   written (elements, or bytes without the NUL) after it. With TN_BUFFER_TOO_SMALL it holds the
- *   capacity that is needed (for text: bytes with the NUL). Nothing is ever cut.
+ *   written (elements, or bytes without the NUL) after it. With TN_BUFFER_TOO_SMALL one that was
+ *   too small holds the capacity that is needed (for text: bytes with the NUL). Nothing is ever
+ * cut.
  * - One thread at a time.
  */
 #ifndef KNOB_SERVICE_TUNING_INTERFACE_H
