@@ -48,18 +48,22 @@ std::vector<Disk::Files> Disk::afterCut(std::size_t steps) const {
   for (std::size_t i = 0; i < steps; ++i) {
     if (!settled[i] && operations_[i].kind != "sync") loose.push_back(i);
   }
-  // How much of a loose operation is kept, in halves; the one at `odd` may differ from the rest.
-  const auto built = [&](std::size_t odd, std::size_t oddHalves, std::size_t otherHalves) {
+  // How much of a loose operation is kept, in halves: of one that is named other than of the rest.
+  const auto built = [&](const std::map<std::size_t, std::size_t>& named, std::size_t rest) {
     Files files = before_;
     for (std::size_t i = 0; i < steps; ++i) {
-      const std::size_t halves = settled[i] ? 2 : i == odd ? oddHalves : otherHalves;
+      const std::size_t halves = settled[i] ? 2 : named.contains(i) ? named.at(i) : rest;
       if (halves > 0) apply(operations_[i], files, operations_[i].bytes.size() * halves / 2);
     }
     return files;
   };
-  std::vector<Files> possible = {built(steps, 0, 0), built(steps, 0, 2)};
+  std::vector<Files> possible = {built({}, 0), built({}, 2)};
   for (const std::size_t i : loose) {
-    possible.insert(possible.end(), {built(i, 2, 0), built(i, 0, 2), built(i, 1, 2)});
+    possible.insert(possible.end(), {built({{i, 2}}, 0), built({{i, 0}}, 2), built({{i, 1}}, 2)});
+    for (const std::size_t j : loose) {
+      if (j <= i) continue;
+      possible.insert(possible.end(), {built({{i, 2}, {j, 2}}, 0), built({{i, 0}, {j, 0}}, 2)});
+    }
   }
   std::sort(possible.begin(), possible.end());
   possible.erase(std::unique(possible.begin(), possible.end()), possible.end());

@@ -18,7 +18,7 @@ class Disk {
   // How many steps the run took. After the last one it had ended.
   std::size_t steps() const { return operations_.size(); }
   // Everything that a cut after so many steps may have left, bounded: of what was not synced
-  // nothing, all, any one thing, all but any one thing, and any one thing torn in the middle.
+  // nothing, all, any one or two things, all but any one or two, and any one torn in the middle.
   std::vector<Files> afterCut(std::size_t steps) const;
 
  private:

@@ -1,6 +1,7 @@
 #include "fault/Engine.h"
 
 #include <sstream>
+#include <unistd.h>
 
 #include "support/Process.h"
 #include "support/TempFolder.h"
@@ -9,6 +10,9 @@
 #endif
 #ifdef KNOB_ETCD
 #include "etcd/Cluster.h"
+#endif
+#ifdef KNOB_PATRONI
+#include "patroni/PatroniCluster.h"
 #endif
 
 namespace {
@@ -19,6 +23,21 @@ namespace fs = std::filesystem;
 const std::vector<std::string> kIds = {"25", "7",  "8",  "9",   "10",  "13", "16",
                                        "28", "29", "30", "31",  "32",  "48", "49",
                                        "69", "64", "66", "179", "201", "72"};
+
+// What an export says of all settings.
+Values exportedValues(const std::string& home, const std::string& server) {
+  const std::string file = home + "/values";
+  Values values;
+  if (knob(home, {"-O", file, "-F", "-S", server}).run().status != 0) return values;
+  std::istringstream lines(readFile(file));
+  std::string id;
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with("\tSetting ID: ")) id = line.substr(13);
+    if (line.starts_with("\tCurrent Value:")) values[id] = line.substr(15);
+  }
+  fs::remove(file);
+  return values;
+}
 
 Engine makeLocal(const std::string& home) {
   const std::string folder = home + "/store";
@@ -42,9 +61,31 @@ Engine makeLocal(const std::string& home) {
     }
     writeFile(store, before);
   };
-  const auto values = [home, server] { return exportedValues(home, {"-S", server}); };
-  return {server, kIds, "64", state, values, reset};
+  const auto values = [home, server] { return exportedValues(home, server); };
+  return {server, kIds, "64", state, values, reset, {}, 0, 24};
 }
+
+// Of PostgreSQL, with integers for values.
+const std::vector<std::string> kNames = {"work_mem",
+                                         "commit_siblings",
+                                         "statement_timeout",
+                                         "lock_timeout",
+                                         "checkpoint_timeout",
+                                         "checkpoint_warning",
+                                         "bgwriter_delay",
+                                         "bgwriter_lru_maxpages",
+                                         "wal_writer_delay",
+                                         "vacuum_cost_limit",
+                                         "effective_io_concurrency",
+                                         "deadlock_timeout",
+                                         "autovacuum_naptime",
+                                         "autovacuum_vacuum_threshold",
+                                         "autovacuum_analyze_threshold",
+                                         "default_statistics_target",
+                                         "from_collapse_limit",
+                                         "join_collapse_limit",
+                                         "geqo_threshold",
+                                         "log_rotation_age"};
 
 #ifdef KNOB_POSTGRESQL
 Engine makePostgres(const std::string&) {
@@ -52,28 +93,7 @@ Engine makePostgres(const std::string&) {
   server.reset();
   std::map<std::string, std::string> idOf;
   std::vector<std::string> ids;
-  for (const char* const name : {"work_mem",
-                                 "commit_siblings",
-                                 "statement_timeout",
-                                 "lock_timeout",
-                                 "checkpoint_timeout",
-                                 "checkpoint_warning",
-                                 "bgwriter_delay",
-                                 "bgwriter_lru_maxpages",
-                                 "wal_writer_delay",
-                                 "vacuum_cost_limit",
-                                 "effective_io_concurrency",
-                                 "deadlock_timeout",
-                                 "autovacuum_naptime",
-                                 "autovacuum_vacuum_threshold",
-                                 "autovacuum_analyze_threshold",
-                                 "default_statistics_target",
-                                 "from_collapse_limit",
-                                 "join_collapse_limit",
-                                 "geqo_threshold",
-                                 "log_rotation_age"}) {
-    ids.push_back(idOf[name] = server.id(name));
-  }
+  for (const std::string& name : kNames) ids.push_back(idOf[name] = server.id(name));
   const auto values = [idOf, &server] {
     Values all;
     for (auto const& [name, id] : idOf) all[id] = "";
@@ -115,12 +135,55 @@ Engine makeEtcd(const std::string& home) {
           [] {
             return cluster.ctl({"get", "--prefix", kPrefix});
           },
-          [home, server] {
-            return exportedValues(home, {"-S", server});
-          },
+          [home, server] { return exportedValues(home, server); },
           reset,
           serverAt,
           cluster.port(0)};
+}
+#endif
+
+#ifdef KNOB_PATRONI
+// The faults are on the way to the REST API: the servers' addresses come from there.
+Engine makePatroni(const std::string&) {
+  const PatroniCluster& cluster = PatroniCluster::shared();
+  const std::size_t leader = cluster.leader();
+  const auto stored = [&cluster] {
+    const auto configuration = cluster.configuration();
+    return configuration["postgresql"].value("parameters", nlohmann::json::object());
+  };
+  const auto values = [stored] {
+    const auto parameters = stored();
+    Values all;
+    for (const std::string& name : kNames) {
+      all[PatroniCluster::id(name)] = parameters.contains(name) ? parameters[name].dump() : "";
+    }
+    return all;
+  };
+  // Members follow in their own time; the next run would still find what is taken back here.
+  const auto reset = [&cluster, leader] {
+    cluster.configure(R"({"postgresql":{"parameters":null}})");
+    std::string names;
+    for (const std::string& name : kNames) names += ",'" + name + "'";
+    const std::string followed =
+        "SELECT count(*) = 0 FROM pg_settings WHERE setting = '99' AND name IN (''" + names + ")";
+    while (cluster.sql(leader, followed) != "t") usleep(20'000);
+  };
+  const auto serverAt = [](int port) {
+    return "patroni://postgres@127.0.0.1:" + std::to_string(port) + "/postgres?connect_timeout=2";
+  };
+  std::vector<std::string> ids;
+  for (const std::string& name : kNames) ids.push_back(PatroniCluster::id(name));
+  reset();
+  return {serverAt(cluster.port(leader)),
+          ids,
+          "99",
+          [stored] { return stored().dump(); },
+          values,
+          reset,
+          serverAt,
+          cluster.port(leader),
+          2,
+          {{"PATRONI_RESTAPI_USERNAME", "admin"}, {"PATRONI_RESTAPI_PASSWORD", "right"}}};
 }
 #endif
 
@@ -135,21 +198,9 @@ const std::vector<EngineKind>& engineKinds() {
 #ifdef KNOB_ETCD
       {"etcd", Cluster::obstacle, makeEtcd},
 #endif
+#ifdef KNOB_PATRONI
+      {"patroni", PatroniCluster::obstacle, makePatroni},
+#endif
   };
   return kinds;
-}
-
-Values exportedValues(const std::string& home, std::vector<std::string> arguments) {
-  const std::string file = home + "/values";
-  arguments.insert(arguments.end(), {"-O", file, "-F"});
-  Values values;
-  if (knob(home, arguments).run().status != 0) return values;
-  std::istringstream lines(readFile(file));
-  std::string id;
-  for (std::string line; std::getline(lines, line);) {
-    if (line.starts_with("\tSetting ID: ")) id = line.substr(13);
-    if (line.starts_with("\tCurrent Value:")) values[id] = line.substr(15);
-  }
-  fs::remove(file);
-  return values;
 }

@@ -19,7 +19,9 @@ struct Engine {
   std::function<void()> reset;         // what is stored becomes what it was at first
   // Where a program between knob and the server listens instead; empty for an engine without one.
   std::function<std::string(int port)> serverAt{};
-  int port = 0;  // of the server itself
+  int port = 0;    // of the server itself
+  long calls = 3;  // how many calls of each kind fail, and places of a cut, in a usual sweep
+  std::map<std::string, std::string> environment{};  // that the program needs for it
 };
 
 struct EngineKind {
@@ -30,8 +32,5 @@ struct EngineKind {
 
 // Those that were built.
 const std::vector<EngineKind>& engineKinds();
-
-// What an export with these further arguments says of all settings.
-Values exportedValues(const std::string& home, std::vector<std::string> arguments);
 
 #endif

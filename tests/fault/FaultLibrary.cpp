@@ -170,6 +170,7 @@ std::size_t shortened(int effect, std::size_t size) {
 
 extern "C" {
 
+#ifndef KNOB_SANITIZE
 void* malloc(std::size_t size) { return effectOn("malloc") ? nullptr : __libc_malloc(size); }
 void* calloc(std::size_t count, std::size_t size) {
   return effectOn("malloc") ? nullptr : __libc_calloc(count, size);
@@ -177,6 +178,7 @@ void* calloc(std::size_t count, std::size_t size) {
 void* realloc(void* block, std::size_t size) {
   return effectOn("malloc") ? nullptr : __libc_realloc(block, size);
 }
+#endif
 
 int open(const char* path, int flags, ...) {
   va_list more;

@@ -45,7 +45,7 @@ class Harness {
   // Only what is stored: after a command that was killed.
   void checkValues(const Command& command, const std::string& told);
   void checkLaterRun(const Command& command);
-  void reset();
+  void reset() const;
 
   const Values& values();  // found out once for each state of the engine
   const Values& old() const { return old_; }
@@ -57,7 +57,8 @@ class Harness {
 
   const TempFolder home_{};
   const std::string output_ = home_ / "export";
-  Engine engine_;
+  const Engine engine_;
+  const std::string first_ = engine_.state();
   std::map<std::string, Values> valuesOf_{};
   Values old_{}, wanted_{};
   std::string wantedOut_{}, wantedOutput_{}, wantedFiles_{};

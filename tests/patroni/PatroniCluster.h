@@ -35,6 +35,7 @@ class PatroniCluster {
   void awaitMembers() const;      // until both run
   void restart() const;           // both servers, through Patroni
 
+  int port(std::size_t member) const { return members_[member].apiPort; }
   std::string address(std::size_t member) const;   // "patroni://..."
   std::string endpoint(std::size_t member) const;  // "http://..."
   std::string sql(std::size_t member, const std::string& statement) const;
