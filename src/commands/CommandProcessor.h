@@ -69,6 +69,7 @@ class CommandProcessor {
  private:
   bool importing() const noexcept { return !inputFileName.isEmpty(); }
 
+  const std::string& sideText(bool ofServer);
   // One line of a setting's JSON, given as it stands in the display layout.
   void putJsonLine(kz::String line, int mode);
   void putJsonOptions(StringList* texts, int mode);
@@ -95,6 +96,7 @@ class CommandProcessor {
   // What the id and the value line of a settings file begin with.
   kz::String tagIdText;
   kz::String tagValueText;
+  std::string sideTexts[2];  // of a client and of a server setting, once one was shown
 };
 
 #endif

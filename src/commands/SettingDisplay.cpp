@@ -67,10 +67,15 @@ void CommandProcessor::printIDDetails(int id, bool json, int mode) {
   const kz::String defaultValue = getValue(id, info->type, SvcConfigHelper::DEFAULT_VALUE);
   formatter->putData(messages->getResStr("TAG_DEF_VALUE", defaultValue.getBytes().c_str()), 1);
   const kz::String help = configHelper->getSettingHelp(id);
-  const kz::String side =
-      messages->getResStr(info->clientServer != 0 ? "HDR_SERVER" : "HDR_CLIENT");
-  formatter->putData(
-      messages->getResStr("TAG_DESC", side.getBytes().c_str(), help.getBytes().c_str()), 1);
+  const std::string& side = sideText(info->clientServer != 0);
+  formatter->putData(messages->getResStr("TAG_DESC", side.c_str(), help.getBytes().c_str()), 1);
+}
+
+// Held like the tags: an export shows it with every setting.
+const std::string& CommandProcessor::sideText(bool ofServer) {
+  std::string& text = sideTexts[ofServer ? 1 : 0];
+  if (text.empty()) text = messages->getResStr(ofServer ? "HDR_SERVER" : "HDR_CLIENT").getBytes();
+  return text;
 }
 
 void CommandProcessor::printSettingOptions(int id, int type) {
