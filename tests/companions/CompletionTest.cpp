@@ -14,7 +14,6 @@
 
 namespace {
 
-const std::string kCompletions = std::string(KNOB_SOURCE_DIR) + "/share/completions";
 // Keys: to the beginning of the line, "print it", return. Single quotes keep what was completed.
 constexpr char kShowLine[] = "\x01printf '<%s>' \r";
 
@@ -62,37 +61,29 @@ class Terminal {
   std::string seen_{};
 };
 
-struct Shell {
-  std::string program, options, setUp;
-};
+constexpr char kSourceBash[] = "source $F/knob.bash; source $F/knob-diff.bash";
+constexpr char kSourceZsh[] = "fpath=($F $fpath); autoload -U compinit; compinit -u -D";
 
-std::vector<Shell> shells() {
-  return {{"/bin/bash", " --norc --noprofile -i",
-           "source " + kCompletions + "/knob.bash; source " + kCompletions + "/knob-diff.bash"},
-          {"/usr/bin/zsh", " -f -i",
-           "fpath=(" + kCompletions + " $fpath); autoload -U compinit; compinit -u -D"}};
-}
-
-class Completion : public testing::TestWithParam<Shell> {
+class Completion : public testing::TestWithParam<std::string> {
  protected:
   void SetUp() override {
-    if (access(GetParam().program.c_str(), X_OK) != 0) {
-      GTEST_SKIP() << GetParam().program << " is not installed";
+    const bool bash = GetParam() == "bash";
+    const std::string program = bash ? "/bin/bash" : "/usr/bin/zsh";
+    if (access(program.c_str(), X_OK) != 0) GTEST_SKIP() << program << " is not installed";
+    for (const std::vector<std::string>& change :
+         {std::vector<std::string>{"15", "1"}, {"74", "$(touch " + evaluated + ") 'x"}}) {
+      EXPECT_EQ(0, knob(home.path(), {"-S", store, change[0], change[1]}).run().status);
     }
-    run({"-S", store, "15", "1"});
-    run({"-S", store, "74", "$(touch " + (home / "evaluated") + ") 'x"});
     terminal = std::make_unique<Terminal>(
-        GetParam().program + GetParam().options,
+        program + (bash ? " --norc --noprofile -i" : " -f -i"),
         std::map<std::string, std::string>{{"HOME", home.path()},
                                            {"XDG_STATE_HOME", home / "state"},
                                            {"PATH", programFolder() + ":/usr/bin:/bin"},
                                            {"TERM", "dumb"},
+                                           {"F", KNOB_SOURCE_DIR "/share/completions"},
                                            {"A", store}});
-    terminal->type(GetParam().setUp + "; PS1=; echo rea''dy\r");
+    terminal->type((bash ? kSourceBash : kSourceZsh) + std::string("; PS1=; echo rea''dy\r"));
     terminal->waitFor("ready\r\n");
-  }
-  void run(std::vector<std::string> arguments) const {
-    EXPECT_EQ(0, knob(home.path(), std::move(arguments)).run().status);
   }
   // The words of the line as they are after the keys, each in angle brackets.
   std::string completed(const std::string& keys) {
@@ -108,7 +99,7 @@ class Completion : public testing::TestWithParam<Shell> {
   }
 
   TempFolder home;
-  const std::string store = "file:" + (home / "a.db");
+  const std::string store = "file:" + (home / "a.db"), evaluated = home / "evaluated";
   std::unique_ptr<Terminal> terminal;
 };
 
@@ -127,15 +118,15 @@ TEST_P(Completion, PutsIdsAndValuesOfTheEngineThatTheLineNames) {
       {"knob-diff localh\t", "<knob-diff><localhost>"},
       {"knob no such setting\t", "<knob><no><such><setting>"},
       {"knob replica\t", "<knob><replica>"},
-      {"knob -S \"$(touch " + (home / "evaluated") + ";echo x)\" 25 \t", "<knob><-S><x><25>"},
+      {"knob -S \"$(touch " + evaluated + ";echo x)\" 25 \t", "<knob><-S><x><25>"},
   };
   for (const auto& [keys, words] : cases) {
     EXPECT_EQ(words, completed(keys)) << keys;
-    std::filesystem::remove(home / "evaluated");  // by the shell, when it ran the shown line
+    std::filesystem::remove(evaluated);  // by the shell, when it ran the shown line
   }
-  EXPECT_EQ("<knob>" + server + "<74><$(touch " + (home / "evaluated") + ") 'x>",
+  EXPECT_EQ("<knob>" + server + "<74><$(touch " + evaluated + ") 'x>",
             completed("knob -S $A 74 \t"));
-  EXPECT_FALSE(std::filesystem::exists(home / "evaluated"));
+  EXPECT_FALSE(std::filesystem::exists(evaluated));
 }
 
 TEST_P(Completion, AsksAPostgreSqlServerToo) {
@@ -160,7 +151,7 @@ TEST_P(Completion, GivesThePromptBackWhenTheServerIsSilent) {
   EXPECT_EQ("<knob><-S><" + server + "><work>", completed("knob -S " + server + " work\t"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Shells, Completion, testing::ValuesIn(shells()),
-                         [](const auto& instance) { return instance.index == 0 ? "bash" : "zsh"; });
+INSTANTIATE_TEST_SUITE_P(, Completion, testing::Values("bash", "zsh"),
+                         [](const auto& instance) { return instance.param; });
 
 }  // namespace

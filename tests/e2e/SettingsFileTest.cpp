@@ -2,6 +2,8 @@
 // process.
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <sys/stat.h>
+#include <thread>
 
 #include "support/Process.h"
 #include "support/TempFolder.h"
@@ -9,73 +11,7 @@
 namespace {
 
 using nlohmann::json;
-
-const std::string kIdTag = "Setting ID:";
-const std::string kValueTag = "Current Value:";
-
-class SettingsFile : public testing::Test {
- protected:
-  Outcome run(std::vector<std::string> arguments) const {
-    return knob(home.path(), arguments).run();
-  }
-
-  std::string exported() const {
-    const Outcome written = run({"-O", home / "new//folder/export", "-F"});
-    EXPECT_EQ(0, written.status);
-    EXPECT_EQ("", written.err);
-    return readFile(home / "new/folder/export");
-  }
-
-  Outcome import(const std::string& content, std::vector<std::string> arguments = {}) const {
-    writeFile(home / "import", content);
-    arguments.insert(arguments.begin(), {"-I", home / "import"});
-    return run(arguments);
-  }
-
-  // A settings file that changes every setting, to a value that is hard to carry where it can be.
-  std::string awkwardSettings() const {
-    writeFile(home / "all.json", "replaced without a question");
-    const Outcome written = run({"-O", home / "all.json", "-JSON"});
-    EXPECT_EQ("", written.out + written.err);
-    std::string content;
-    const json all = json::parse(readFile(home / "all.json"));
-    for (const json& category : all["category_list"]) {
-      for (const json& setting : category["settings_list"]) {
-        content += kIdTag + " " + setting["id"].dump() + "\n" + kValueTag + " " +
-                   awkwardValue(setting) + "\n";
-      }
-    }
-    return content;
-  }
-
-  TempFolder home;
-
- private:
-  static std::string awkwardValue(const json& setting) {
-    const std::string value = setting["value"];
-    const json& options = setting["options"];
-    switch (setting["type"].get<int>()) {
-      case 0:
-        return options[options[0]["value"] == value ? 1 : 0]["value"];
-      case 1: {
-        const std::string most = setting["range"][0]["max_range"];
-        const std::string least = setting["range"][0]["min_range"].dump();
-        return most.find(' ') != most.npos ? "2147483647" : most != value ? most : least;
-      }
-      case 2:
-        // A setting with a short default may take short values only.
-        return value.size() < 12 ? "\\\"\xC3\xA9" : "\\n \xC3\xA9\xF0\x9F\x94\xA7\xFF \"%s\" ID:";
-      case 3:
-        return value == "0" ? "1" : "0";
-      default: {
-        std::string all;
-        for (const json& option : options) all += option["index"].dump() + " ";
-        all.pop_back();
-        return all == value ? "0" : all;
-      }
-    }
-  }
-};
+using Words = std::vector<std::string>;
 
 std::string replaced(std::string text, const std::string& from, const std::string& to) {
   for (std::size_t at = 0; (at = text.find(from, at)) != text.npos; at += to.size()) {
@@ -84,14 +20,58 @@ std::string replaced(std::string text, const std::string& from, const std::strin
   return text;
 }
 
+std::string entry(const std::string& id, const std::string& value) {
+  return "Setting ID:" + id + "\nCurrent Value:" + value + "\n";
+}
+
+// Another value, one that is hard to carry where it can be.
+std::string awkwardValue(const json& setting) {
+  const std::string value = setting["value"];
+  const json& options = setting["options"];
+  switch (setting["type"].get<int>()) {
+    case 0:
+      return options[options[0]["value"] == value ? 1 : 0]["value"];
+    case 1: {
+      const std::string most = setting["range"][0]["max_range"];
+      const std::string least = setting["range"][0]["min_range"].dump();
+      return most.find(' ') != most.npos ? "2147483647" : most != value ? most : least;
+    }
+    case 2:
+      // A setting with a short default may take short values only.
+      return value.size() < 12 ? "\\\"\xC3\xA9" : "\\n \xC3\xA9\xF0\x9F\x94\xA7\xFF \"%s\" ID:";
+    case 3:
+      return value == "0" ? "1" : "0";
+    default:
+      return value == "0 1" ? "0" : "0 1";
+  }
+}
+
+class SettingsFile : public testing::Test {
+ protected:
+  Outcome run(const Words& arguments) const { return knob(home.path(), arguments).run(); }
+
+  std::string exported() const {
+    const Outcome written = run({"-O", home / "new//folder/export", "-F"});
+    EXPECT_EQ("", written.err);
+    return readFile(home / "new/folder/export");
+  }
+
+  Outcome import(const std::string& content, Words arguments = {}) const {
+    writeFile(home / "import", content);
+    arguments.insert(arguments.begin(), {"-I", home / "import"});
+    return run(arguments);
+  }
+
+  TempFolder home;
+};
+
 TEST_F(SettingsFile, OfAnUntouchedEngineChangesNothing) {
   const std::string content = exported();
   const std::string rule(39, '=');
   EXPECT_NE(content.find("\n" + rule + "\nCATEGORY 7: LOCKING\tCHANGED SETTINGS: 0\n" + rule +
-                         "\nNumber of settings: 8\n"
-                         "===============\nLOCK WAIT LIMIT\n===============\n"
-                         "\tSetting ID: 25\n\tCurrent Value: 20\n\tRange: 0 to 3600\n"
-                         "\tDefault Value: 20\n\tDescription (server setting): Seconds"),
+                         "\nNumber of settings: 8\n===============\nLOCK WAIT LIMIT\n"
+                         "===============\n\tSetting ID: 25\n\tCurrent Value: 20\n"
+                         "\tRange: 0 to 3600\n\tDefault Value: 20\n"),
             content.npos);
   EXPECT_TRUE(
       content.ends_with("\n\tSettings exported to " + (home / "new//folder/export") + ".\n"));
@@ -109,14 +89,23 @@ TEST_F(SettingsFile, OfAnUntouchedEngineChangesNothing) {
 
 TEST_F(SettingsFile, CarriesEveryValue) {
   const std::string defaults = exported();
-  ASSERT_EQ("", import(awkwardSettings()).err);
+  writeFile(home / "all.json", "replaced without a question");
+  EXPECT_EQ("", run({"-O", home / "all.json", "-JSON"}).out);
+  std::string content;
+  const json all = json::parse(readFile(home / "all.json"));
+  for (const json& category : all["category_list"]) {
+    for (const json& setting : category["settings_list"]) {
+      content += entry(" " + setting["id"].dump(), " " + awkwardValue(setting));
+    }
+  }
+  ASSERT_EQ("", import(content).err);
   const std::string changed = exported();
   EXPECT_EQ(changed.npos, changed.find("CHANGED SETTINGS: 0\n")) << "a category was not changed";
   EXPECT_NE(changed.npos, changed.find("3600\n\tRange: 0 to 3600\n\tDefault Value: 20\n"));
   const std::string forms[] = {changed, replaced(changed, "\n", "\r\n"),
                                // Indented by a person, and in other case.
-                               replaced(replaced(changed, "\t" + kIdTag, " \t  SETTING id:"),
-                                        "\t" + kValueTag, "current VALUE:\t ")};
+                               replaced(replaced(changed, "\tSetting ID:", " \t  SETTING id:"),
+                                        "\tCurrent Value:", "current VALUE:\t ")};
   for (const std::string& form : forms) {
     ASSERT_EQ("", import(defaults).err);
     ASSERT_EQ(defaults, exported());
@@ -125,13 +114,35 @@ TEST_F(SettingsFile, CarriesEveryValue) {
   }
 }
 
-TEST_F(SettingsFile, StaysWhenTheStoreCannotBeRead) {
-  writeFile(home / "bad.db", "no store");
-  writeFile(home / "out", "good");
-  const Outcome failed = run({"-O", home / "out", "-F", "-S", "file:" + (home / "bad.db")});
-  EXPECT_EQ(1, failed.status);
-  EXPECT_TRUE(failed.err.starts_with("7307: ")) << failed.err;
-  EXPECT_EQ("good", readFile(home / "out"));
+TEST_F(SettingsFile, EndsWithAFailureUnlessToldToGoOn) {
+  const std::string reason = "7012: Internal error in the tuning library. Please report this.";
+  const struct {
+    std::string failing;
+    int lastSetting;  // 0: nothing can go on
+  } cases[] = {
+      {"TnGetSettingHelp 300", 300}, {"TnGetSettingList 1 1", -1}, {"TnGetCategoryList", 0}};
+  for (const auto& [failing, lastSetting] : cases) {
+    for (const std::string form : {"-F", "-JSON"}) {
+      const auto ran = [&](const Words& option) {
+        Process process = knob(home.path(), {"-O", home / "file", form});
+        process.arguments.insert(process.arguments.end(), option.begin(), option.end());
+        process.environment.insert(
+            {{"LD_PRELOAD", KNOB_RECORDER_PRELOAD}, {"TN_ANSWER", failing + "=7012"}});
+        return process.run();
+      };
+      const Outcome ended = ran({});
+      EXPECT_EQ(1, ended.status);
+      EXPECT_NE((ended.err + ended.out).find(reason), std::string::npos) << ended.out;
+      EXPECT_EQ(readFile(home / "file").find("Table Size"), std::string::npos);
+      const Outcome told = ran({"-E"});
+      EXPECT_EQ(lastSetting == 0 ? 1 : 0, told.status);
+      if (lastSetting == 0) continue;
+      EXPECT_EQ(told.err, "Export of a category failed. Last setting reached: " +
+                              std::to_string(lastSetting) + ". " + reason + "\n");
+      const std::string content = readFile(home / "file");
+      EXPECT_LT(content.find("\nERROR! - " + reason + "\n"), content.rfind("124")) << content;
+    }
+  }
 }
 
 TEST_F(SettingsFile, IsNotReplacedWithoutAYes) {
@@ -146,6 +157,7 @@ TEST_F(SettingsFile, IsNotReplacedWithoutAYes) {
                {std::string(24, '\n') + "y", true},
                {std::string(25, '\n') + "y", true, true},
                {std::string(26, '\n') + "y", false, true}};
+  const std::string warning = "\nNo answer after 25 lines. The next line is the last attempt.\n";
   for (const auto& test : cases) {
     writeFile(home / "file", "mine");
     Process process = knob(home.path(), {"-O", home / "file"});
@@ -155,10 +167,7 @@ TEST_F(SettingsFile, IsNotReplacedWithoutAYes) {
     EXPECT_EQ(test.replaced, readFile(home / "file") != "mine");
     EXPECT_EQ(!test.replaced,
               outcome.out.ends_with("Export canceled. The file was not changed.\n"));
-    EXPECT_EQ(
-        test.warned,
-        outcome.out.find("\nNo answer after 25 lines. The next line is the last attempt.\n") !=
-            std::string::npos);
+    EXPECT_EQ(test.warned, outcome.out.find(warning) != std::string::npos);
   }
   Process endless = knob(home.path(), {});
   endless.arguments = {"/bin/sh", "-c",
@@ -168,7 +177,7 @@ TEST_F(SettingsFile, IsNotReplacedWithoutAYes) {
   EXPECT_EQ("mine", readFile(home / "file"));
 }
 
-TEST_F(SettingsFile, ArrivesWholeInASlowPipe) {
+TEST_F(SettingsFile, MayBeAPipe) {
   const std::string content = exported();
   Process slow = knob(home.path(), {});
   slow.arguments = {"/bin/sh", "-c",
@@ -176,109 +185,125 @@ TEST_F(SettingsFile, ArrivesWholeInASlowPipe) {
   const std::string received = slow.run().out;
   EXPECT_EQ(content.substr(0, content.rfind('\t')),
             received.substr(received.find("=="), content.rfind('\t')));
+
+  mkfifo((home / "pipe").c_str(), 0600);
+  std::thread writer([&] { writeFile(home / "pipe", entry("25", "5") + entry("28", "9")); });
+  EXPECT_EQ("", run({"-I", home / "pipe"}).err);
+  writer.join();
+  EXPECT_NE(std::string::npos, run({"28"}).out.find("Current Value: 9\n"));
 }
 
 TEST_F(SettingsFile, ThatCannotBeWrittenOrReadIsAFailure) {
-  std::filesystem::create_directory(home / "locked");
-  std::filesystem::permissions(home / "locked", std::filesystem::perms{0555});
-  writeFile(home / "secret", "");
-  std::filesystem::permissions(home / "secret", std::filesystem::perms{0});
+  namespace fs = std::filesystem;
+  ASSERT_EQ("", run({"25", "5", "-S", "file:" + (home / "store")}).err);
+  fs::create_symlink("store", home / "link");
+  fs::create_directory(home / "locked");
+  fs::permissions(home / "locked", fs::perms{0555});
+  for (const char* const name : {"secret", "bad", "out"}) writeFile(home / name, name);
+  fs::permissions(home / "secret", fs::perms{0});
+  const std::string store = readFile(home / "store");
   const std::string denied = "permission denied (status 0x80070005).\n";
   const struct {
-    std::vector<std::string> arguments;
+    Words arguments;
     int status;
     std::string said;
+    std::string out{}, err{};
     uid_t user = 0;
     long limit = -1;
   } cases[] = {
+      {{"25"}, 28, "0x8007011C", "/dev/full"},
+      {{"25", "5"}, 9, "0x80070109", "-"},
+      {{"-H", "e"}, 32, "0x80070120", "|"},
+      {{"-x"}, 28, "", "", "/dev/full"},
+      {{"25"}, 9, "", "-", "-"},
       {{"-O", "/dev/full", "-F"}, 28, "0x8007011C"},
       {{"-O", "/dev/full", "-F", "-JSON"}, 28, "0x8007011C"},
-      {{"-O", "new/folder/short"}, 27, "0x8007011B", 0, 5000},
+      {{"-O", "new/folder/short"}, 27, "0x8007011B", "", "", 0, 5000},
       {{"-O", home.path(), "-F"}, 21, "0x80070115"},
       // A bare name is told with its folder.
-      {{"-O", "bare"}, 1, "Cannot create file " + (home / "locked/bare: ") + denied, kNobody},
-      {{"-O", home / "locked/folder/new"}, 1, denied, kNobody},
+      {{"-O", "bare"},
+       1,
+       "Cannot create file " + (home / "locked/bare: ") + denied,
+       "",
+       "",
+       kNobody},
+      {{"-O", home / "locked/folder/new"}, 1, denied, "", "", kNobody},
+      {{"-O", home / "link", "-F", "-S", "file:" + (home / "store")},
+       1,
+       "/link: knob has this file open"},
+      // An open file that came from the program's caller is not the engine's.
+      {{"-O", "/dev/fd/0", "-F"}, 0, ""},
+      {{"-O", home / "out", "-F", "-S", "file:" + (home / "bad")}, 1, "7307: "},
       {{"-I", home / "missing"},
        1,
        "Cannot read file " + (home / "missing: ") +
            "no such file or directory (status 0x80070002).\n"},
-      {{"-I", home / "secret"}, 1, "/secret: " + denied, kNobody},
+      {{"-I", home / "secret"}, 1, "/secret: " + denied, "", "", kNobody},
       {{"-I", home.path()}, 21, "0x80070115"},
   };
   for (const auto& test : cases) {
     Process process = knob(home.path(), test.arguments);
     process.folder = test.user == 0 ? home.path() : home / "locked";
+    process.outTo = test.out;
+    process.errTo = test.err;
     process.user = test.user;
     process.fileLimit = test.limit;
     const Outcome outcome = process.run();
     SCOPED_TRACE(testing::PrintToString(test.arguments));
     EXPECT_EQ(test.status, outcome.status);
     EXPECT_NE(outcome.err.find(test.said), std::string::npos) << outcome.err;
+    EXPECT_LE(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1);
     EXPECT_EQ(std::string::npos, outcome.out.find("applied"));
   }
-}
-
-TEST_F(SettingsFile, DoesNotReplaceTheStoreThatItIsReadFrom) {
-  ASSERT_EQ("", run({"25", "5", "-S", "file:" + (home / "store")}).err);
-  const std::string store = readFile(home / "store");
-  std::filesystem::create_symlink("store", home / "link");
-  const Outcome outcome = run({"-O", home / "link", "-F", "-S", "file:" + (home / "store")});
-  EXPECT_EQ(1, outcome.status);
-  EXPECT_NE(outcome.err.find("/link: knob has this file open"), std::string::npos);
+  EXPECT_FALSE(std::filesystem::exists(home / "state")) << "a set that could not be told was made";
+  EXPECT_EQ("out", readFile(home / "out"));
   EXPECT_EQ(store, readFile(home / "store"));
 }
 
 TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
-  const auto setting = [](const std::string& id, const std::string& value) {
-    return kIdTag + id + "\n" + kValueTag + value + "\n";
-  };
   // What is said of a value that the engine refuses.
   const auto refused = [this](const std::string& id, const std::string& value) {
     const std::string reason = run({id, value}).err;
     return reason.substr(0, reason.find('\n')) + " (Setting " + id + ")\n";
   };
-  const std::string good = setting("25", "5");
+  const std::string good = entry("25", "5");
   const std::string noValue = "Setting 25 was not changed: the file has no value for it.\n";
+  const std::string noId = "Setting skipped: its ID is not a number or is out of range: ";
   const std::string ended = "Import of " + (home / "import") +
                             " stopped here; earlier settings were applied. Use -E to continue past "
                             "missing values.\n\n";
-  const std::string empty = setting("25", " \t");
-  const std::string wrong = setting("9999", "1") + setting("26", "x") + setting("25", "3601");
+  const std::string empty = entry("25", " \t");
+  const std::string wrong = entry("9999", "1") + entry("26", "x") + entry("25", "3601");
   const std::string wrongSaid =
       refused("9999", "1") +
       "Setting 26 was not changed: its value in the file is not a number or is out of range.\n" +
       refused("25", "3601");
-  const std::string tooLong = refused("74", std::string(1024, 'x'));
+  const std::string tooLong = refused("74", std::string(1024, 'x')), blanks(70000, ' ');
   const struct {
-    std::string content;
-    std::string err;
-    bool applied;  // whether 25 has the value 5 then
-    std::vector<std::string> arguments{};
+    std::string content, err;
+    bool applied = true;  // whether 25 has the value 5 then
+    Words arguments{};
   } cases[] = {
       {"", "", false},
-      {std::string("\0\x80\xFF\n\0\0\n", 7) + good, "", true},
-      {setting("abc", "1") + good,
-       "Setting skipped: its ID is not a number or is out of range: abc\n", true},
-      {kIdTag + " 25\n" + kIdTag + " 28\n" + kValueTag + " 5\n", "", true},
-      {kIdTag + " 25", noValue, false},
-      {"\tSetting\t ID: 25\nCurrent\t Value: 5", "", true},
+      {std::string("\0\x80\xFF\n\0\0\n", 7) + good, ""},
+      {entry("abc", "1") + good, noId + "abc\n"},
+      {"Setting ID: 25\nSetting ID: 28\nCurrent Value: 5\n", ""},
+      {"Setting ID: 25", noValue, false},
+      {"\tSetting\t ID: 25\nCurrent\t Value: 5", ""},
       {empty + good, noValue + ended, false},
       {empty + good, noValue, true, {"-E"}},
-      {setting("74", "") + good, "", true},
-      {setting("74", std::string("a\0b", 3)) + good, refused("74", "a\nb"), true},
-      {wrong + good, wrongSaid, true},
-      {wrong + good, wrongSaid, true, {"-E"}},
-      {"\xEF\xBB\xBF" + good, "", true},
-      {good + "\xEF\xBB\xBF" + setting("25", "6"), "", true},
-      {std::string(5000000, 'x') + "\n" + good, "", true},
-      {setting("25" + std::string(70000, ' ') + "x", "6") + good,
-       "Setting skipped: its ID is not a number or is out of range: 25\n", true},
-      {good + setting("25", std::string(70000, ' ') + "6"), replaced(tooLong, "74", "25"), true},
-      {setting("74", "a" + std::string(70000, ' ') + "b") + good, tooLong, true},
-      {setting("203", replaced(std::string(200000, 'x'), "x", " 0")) + good,
-       replaced(tooLong, "74", "203"), true},
-      {setting("25", " 5" + replaced(std::string(100001, 'x'), "x", " x")), "", true},
-      {setting("74", std::string(5000000, 'x')) + good, tooLong, true},
+      {entry("74", "") + good, ""},
+      {entry("74", std::string("a\0b", 3)) + good, refused("74", "a\nb")},
+      {wrong + good, wrongSaid},
+      {"\xEF\xBB\xBF" + good, ""},
+      {good + "\xEF\xBB\xBF" + entry("25", "6"), ""},
+      {std::string(5000000, 'x') + "\n" + good, ""},
+      {entry("25" + blanks + "x", "6") + good, noId + "25\n"},
+      {good + entry("25", blanks + "6"), replaced(tooLong, "74", "25")},
+      {entry("74", "a" + blanks + "b") + good, tooLong},
+      {entry("203", replaced(std::string(200000, 'x'), "x", " 0")) + good,
+       replaced(tooLong, "74", "203")},
+      {entry("25", " 5" + replaced(std::string(100001, 'x'), "x", " x")), ""},
   };
   for (const auto& test : cases) {
     ASSERT_EQ(0, run({"25", "20"}).status);
@@ -287,8 +312,7 @@ TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
     EXPECT_EQ(0, outcome.status);
     EXPECT_EQ(test.err, outcome.err);
     EXPECT_NE(outcome.out.find(" finished. Settings"), std::string::npos);
-    EXPECT_EQ(test.applied,
-              exported().find("\tSetting ID: 25\n\tCurrent Value: 5\n") != std::string::npos);
+    EXPECT_EQ(test.applied, run({"25"}).out.find("\tCurrent Value: 5\n") != std::string::npos);
   }
 }
 

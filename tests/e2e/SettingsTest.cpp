@@ -8,86 +8,238 @@
 namespace {
 
 using nlohmann::json;
+using Words = std::vector<std::string>;
 
-TEST(Settings, AreValidJsonWithoutException) {
+// The lines of a setting, made from what it holds: of its JSON object, and of its text.
+std::string inJson(const json& s, const std::string& tabs) {
+  std::string range, options;
+  for (const json& limits : s["range"]) {
+    range = tabs + "\t{\"min_range\": " + limits["min_range"].dump() +
+            ", \"max_range\": " + limits["max_range"].dump() + "}\n";
+  }
+  for (const json& option : s["options"]) {
+    options += options.empty() ? "" : ",\n";
+    options += tabs + "\t{\"index\": " + option["index"].dump() +
+               ",\"value\": " + option["value"].dump() + "}";
+  }
+  if (!options.empty()) options += "\n";
+  const auto list = [&](const std::string& key, const std::string& lines) {
+    return tabs + "\"" + key + "\": [" + (lines.empty() ? " " : "\n" + lines + tabs) + "],\n";
+  };
+  const auto member = [&](const std::string& key, const char* end = ",\n") {
+    return tabs + "\"" + key + "\": " + s[key].dump() + end;
+  };
+  return member("name") + member("id") + member("value") + member("type") + list("range", range) +
+         list("options", options) + member("default_values") + member("description") +
+         member("clientserver", "\n");
+}
+
+std::string inText(const json& s) {
+  const auto text = [](const json& value) {
+    return value.is_string() ? value.get<std::string>() : value.dump();
+  };
+  std::string name = s["name"], options;
+  std::transform(name.begin(), name.end(), name.begin(), ::toupper);
+  const std::string rule = std::string(name.size(), '=') + "\n";
+  if (s["type"] == 1) {
+    const json& limits = s["range"][0];
+    options = "\tRange: " + text(limits["min_range"]) + " to " + text(limits["max_range"]) + "\n";
+  } else if (s["type"] == 0) {
+    options = "\tOptions: " + text(s["options"][0]["value"]) + "\t" +
+              text(s["options"][1]["value"]) + "\n";
+  } else if (s["type"] != 2) {
+    options = "\tOptions:\n";
+    for (const json& option : s["options"]) {
+      options += "\t\t" + text(option["index"]) + "\t" + text(option["value"]) + "\n";
+    }
+  }
+  return rule + name + "\n" + rule + "\tSetting ID: " + text(s["id"]) +
+         "\n\tCurrent Value: " + text(s["value"]) + "\n" + options +
+         "\tDefault Value: " + text(s["default_values"]) + "\n\tDescription (" +
+         (s["clientserver"] == "Server" ? "server" : "client") +
+         " setting): " + text(s["description"]) + "\n";
+}
+
+class Settings : public testing::Test {
+ protected:
+  Outcome run(const Words& arguments) const { return knob(home.path(), arguments).run(); }
+  json shown(const std::string& id) const { return json::parse(run({id, "-JSON"}).out); }
+
   TempFolder home;
-  std::map<std::string, int> shown;  // on each side
+};
+
+TEST_F(Settings, AreShownExactlyInEveryLayout) {
+  EXPECT_EQ(0, run({"74", "C:\\a"}).status + run({"78", "1", "3"}).status);
+  const std::string search = run({"-H", "e", "-JSON"}).out;
+  const std::string header = search.substr(0, search.find("\t\"search"));
+  std::map<int, json> all;
+  int changed = 0, client = 0;
+  std::size_t longest = 0;
   for (int id = 1; id <= 301; ++id) {
-    const Outcome run = knob(home.path(), {std::to_string(id), "-JSON"}).run();
-    const json setting = json::parse(run.out);
-    if (run.status != 0) {
+    const Outcome found = run({std::to_string(id), "-JSON"});
+    const json setting = json::parse(found.out);
+    if (found.status != 0) {
       EXPECT_NE(setting["error"].get<std::string>().find("Unknown setting ID"), std::string::npos);
       continue;
     }
-    ++shown[setting["clientserver"]];
+    EXPECT_EQ(header + inJson(setting, "\t") + "}\n", found.out);
     EXPECT_EQ(id, setting["id"]);
-    EXPECT_EQ(setting["default_values"], setting["value"]);
-    const int type = setting["type"];
-    EXPECT_EQ(type == 1, setting["range"].size() == 1);
-    EXPECT_EQ(type == 1 || type == 2, setting["options"].empty());
+    changed += setting["value"] != setting["default_values"];
+    client += setting["clientserver"] == "Client";
+    longest = std::max(longest, setting["description"].get<std::string>().size());
+    all[id] = setting;
   }
-  EXPECT_TRUE(shown["Server"] > 130 && shown["Client"] >= 5) << shown["Client"];
-  EXPECT_FALSE(std::filesystem::exists(home / "state")) << "reading created something";
+  EXPECT_EQ(2, changed);
+  EXPECT_EQ(14, client);
+  EXPECT_LT(1024U, longest);
+  EXPECT_EQ("C:\\a", all[74]["value"]);
+  EXPECT_EQ("0 1 2 3 4 5 6", all[78]["default_values"]);
+  EXPECT_EQ("available memory", all[134]["range"][0]["max_range"]);
+  EXPECT_EQ("available disk space", all[30]["range"][0]["max_range"]);
+  EXPECT_EQ("available memory and disk space", all[31]["range"][0]["max_range"]);
+
+  EXPECT_EQ(0, run({"-O", home / "j", "-JSON"}).status + run({"-O", home / "t"}).status);
+  const std::string text = readFile(home / "t");
+  const json categories = json::parse(readFile(home / "j"))["category_list"];
+  std::string expected = header + "\t\"category_list\": [\n";
+  std::size_t exported = 0;
+  for (const json& category : categories) {
+    expected += "\t{\n\t\t\"id\":" + category["id"].dump() +
+                ",\n\t\t\"name\": " + category["name"].dump() + ",\n\t\t\"settings_list\": [\n";
+    for (const json& setting : category["settings_list"]) {
+      const bool last = setting == category["settings_list"].back();
+      expected += "\t\t{\n" + inJson(setting, "\t\t\t") + (last ? "\t\t}\n" : "\t\t},\n");
+      json& onScreen = all.at(setting["id"]);
+      EXPECT_NE(text.npos, text.find("\n" + inText(onScreen))) << inText(onScreen);
+      EXPECT_EQ(inText(onScreen), inText(setting));
+      ++exported;
+    }
+    expected += category == categories.back() ? "\t\t]\n\t}\n" : "\t\t]\n\t},\n";
+  }
+  EXPECT_EQ(expected + "\t]\n}\n", readFile(home / "j"));
+  EXPECT_EQ(all.size(), exported);
+  EXPECT_TRUE(run({"25"}).out.ends_with("\n\n" + inText(all[25])));
 }
 
-TEST(Settings, TakeAndRefuseValues) {
-  TempFolder home;
-  const std::string invalid =
-      "Invalid command: wrong combination of arguments, or an ID or value that is not a number or "
-      "is out of range.";
+TEST_F(Settings, TakeAndRefuseValues) {
+  const std::string invalid = "Invalid command: wrong combination of arguments, or an ID or value ";
+  const std::string restart =
+      " Changes that require a restart take effect when the engine is restarted.";
+  const std::string bytes = "\xF0\x9F\x94\xA7 \xC3\xA9\t\x80\xFF";
   const struct {
-    std::string id, value;
+    std::string id;
+    Words values;
     std::string failure;  // the beginning of what is said; empty: the value is taken
+    std::string value{};  // then
+    std::string more{};   // of the confirmation
   } cases[] = {
-      {"25", "9223372036854775808", invalid},
-      {"25", "", invalid},
-      {"9999", "1", "Unknown setting ID"},
-      {"4294967321", "11", ""},  // the low 32 bits are 25
-      {"74", "", ""},
-      {"74", std::string("\xF0\x9F\x94\xA7 \xC3\xA9\t\x80\xFF"), ""},
-      {"74", std::string(1024, 'x'), "7201: "},
+      {"25", {" 7", "8"}, "", "7"},
+      {"25", {"9223372036854775808"}, invalid},
+      {"25", {"4294967301"}, "7202: "},
+      {"25", {""}, invalid},
+      {"9999", {"1"}, "Unknown setting ID"},
+      {"105", {"enabled"}, "Unknown setting ID"},
+      {"4294967321", {"11"}, "", "11"},  // the low 32 bits are 25
+      {"42", {"OFF", "x"}, "", "off"},
+      {"42", {"True"}, "", "on"},
+      {"42", {"0"}, "", "off"},
+      {"42", {"1"}, "", "on"},
+      {"42", {"False"}, "", "off"},
+      {"42", {"On"}, "", "on"},
+      {"42", {"no"}, "Invalid boolean value: "},
+      {"74", {"a", "b"}, "", "a", restart},
+      {"74", {""}, "", "", restart},
+      {"74", {bytes}, "", bytes, restart},
+      {"74", {std::string(1024, 'x')}, "7201: "},
+      {"83", {"0", " 2"}, "", "0 2"},
+      {"83", {"0", "x"}, invalid},
+      {"83", {"99"}, "7203: "},
+      {"23", {"0"}, "", "0"},
   };
   for (const auto& test : cases) {
-    SCOPED_TRACE(test.id + "=" + test.value.substr(0, 20));
-    const std::string before = knob(home.path(), {test.id}).run().out;
-    const Outcome run = knob(home.path(), {test.id, test.value}).run();
-    const std::string after = knob(home.path(), {test.id}).run().out;
-    EXPECT_EQ(test.failure.empty() ? 0 : 1, run.status);
-    if (test.failure.empty()) {
-      EXPECT_EQ("", run.err);
-      EXPECT_NE(after.find("\tCurrent Value: " + test.value + "\n"), std::string::npos) << after;
-    } else {
-      EXPECT_TRUE(run.err.starts_with(test.failure)) << run.err;
+    Words words = test.values;
+    words.insert(words.begin(), test.id);
+    SCOPED_TRACE(testing::PrintToString(words).substr(0, 40));
+    const std::string before = run({test.id}).out;
+    const Outcome set = run(words);
+    const std::string after = run({test.id}).out;
+    EXPECT_EQ(test.failure.empty() ? 0 : 1, set.status);
+    EXPECT_TRUE(set.err.starts_with(test.failure)) << set.err;
+    if (!test.failure.empty()) {
       EXPECT_EQ(before, after);
+      continue;
     }
+    EXPECT_NE(after.find("\tCurrent Value: " + test.value + "\n"), after.npos) << after;
+    const std::string confirmed =
+        "Setting " + (test.id.size() > 4 ? "25" : test.id) + " was updated." + test.more;
+    EXPECT_TRUE(set.out.ends_with("\n\n" + confirmed + "\n")) << set.out;
+    words.emplace_back("-JSON");
+    EXPECT_TRUE(run(words).out.ends_with(",\n\t\"status\": \"" + confirmed + "\"\n}\n"));
   }
 }
 
-TEST(Settings, AreFoundByAPartOfTheirNames) {
-  TempFolder home;
-  const auto found = [&](const char* keyword) {
-    return json::parse(knob(home.path(), {"-H", keyword, "-JSON"}).run().out)["search_output"];
+// Another library may stand behind the interface.
+TEST_F(Settings, DistrustWhatTheInterfaceGives) {
+  const auto answered = [&](const std::string& answer, Words arguments) {
+    Process process = knob(home.path(), std::move(arguments));
+    process.environment.insert({{"LD_PRELOAD", KNOB_RECORDER_PRELOAD}, {"TN_ANSWER", answer}});
+    const Outcome run = process.run();
+    return run.err.substr(0, 5) + run.out;
   };
-  const Outcome text = knob(home.path(), {"-H", "lock WAIT l"}).run();
-  EXPECT_TRUE(
-      text.out.ends_with("\n\nSettings whose names contain \"lock WAIT l\":\n\n"
-                         "ID\tSetting\n---------------------\n25\tLock Wait Limit\n"))
-      << text.out;
+  const std::string name(256, 'n');
+  const struct {
+    std::string answer;
+    Words arguments;
+    std::string part;  // of what is said
+  } cases[] = {
+      {"TnGetCategoryList=2000", {"-O", home / "x"}, "7003:"},
+      {"TnGetCategoryList=-1", {"-H", "e"}, "No setting name contains \"e\".\n"},
+      {"TnGetCategoryInfo=7012", {"-H", "e"}, "7012:"},
+      {"TnGetSettingList=2000", {"-H", "e"}, "7003:"},
+      {"TnGetSettingList=-1", {"-H", "e"}, "No setting name contains"},
+      {"TnGetSettingInfo 1 124=7012", {"-H", "e"}, "7012:"},
+      {"TnGetSettingInfo=9",
+       {"25", "-JSON"},
+       "\"type\": 9,\n\t\"range\": [ ],\n\t\"options\": [ ]"},
+      {"TnGetSettingInfo=9", {"25"}, "Current Value: \n\tDefault Value: \n"},
+      {"TnGetSelectionValue=2000", {"83"}, "7003:"},
+      {"TnGetSelectionValue=-1", {"83"}, "Current Value: \n"},
+      {"TnGetAllPossibleSelections=2000", {"83"}, "7003:"},
+      {"TnGetAllPossibleSelections=7012", {"83"}, "7012:"},
+      {"TnGetAllPossibleSelections=-1", {"83", "-JSON"}, "\"options\": [\n\t],\n"},
+      {"TnGetSettingHelp=\"a\" C:\\b", {"25", "-JSON"}, ": \"\\\"a\\\" C:\\b\",\n"},
+      {"TnGetSettingHelp=7003", {"25"}, "7003:"},
+  };
+  for (const auto& [answer, arguments, part] : cases) {
+    const std::string said = answered(answer, arguments);
+    EXPECT_NE(said.find(part), said.npos) << answer << said;
+  }
+  answered("TnGetCategoryInfo=" + name, {"-O", home / "x", "-F", "-JSON"});
+  EXPECT_EQ(name, json::parse(readFile(home / "x"))["category_list"][1]["name"]);
+}
+
+TEST_F(Settings, AreFoundByAPartOfTheirNames) {
+  const auto found = [&](const char* keyword) {
+    return json::parse(run({"-H", keyword, "-JSON"}).out)["search_output"];
+  };
+  EXPECT_TRUE(run({"-H", "lock WAIT l"})
+                  .out.ends_with("\n\nSettings whose names contain \"lock WAIT l\":\n\n"
+                                 "ID\tSetting\n---------------------\n25\tLock Wait Limit\n"));
   EXPECT_EQ(json::parse(R"([{"ID": 25, "Setting": "Lock Wait Limit"}])"), found("lock WAIT l"));
   EXPECT_EQ("No matches found for \"Single Sign-On\" setting", found("Single Sign-On"));
   EXPECT_GT(found("e").size(), 100U);
+  EXPECT_FALSE(std::filesystem::exists(home / "state")) << "reading created something";
 }
 
-TEST(Settings, LieInTheUsersStateFolder) {
-  TempFolder root;
+TEST_F(Settings, LieInTheUsersStateFolder) {
   const struct {
     std::string home, state, folder;
-  } cases[] = {{root / "a", "", root / "a/.local/state/knob"},
-               {root / "b", "state", root / "b/.local/state/knob"},
-               {"", root / "c", root / "c/knob"}};
-  for (const auto& [home, state, folder] : cases) {
+  } cases[] = {{home / "a", "", home / "a/.local/state/knob"},
+               {home / "b", "state", home / "b/.local/state/knob"},
+               {"", home / "c", home / "c/knob"}};
+  for (const auto& [userHome, state, folder] : cases) {
     Process process = knob("", {"25", "5"});
-    process.environment = {{"HOME", home}, {"XDG_STATE_HOME", state}};
+    process.environment = {{"HOME", userHome}, {"XDG_STATE_HOME", state}};
     EXPECT_EQ("", process.run().err);
     EXPECT_TRUE(std::filesystem::is_regular_file(folder + "/settings.db")) << folder;
     EXPECT_EQ(std::filesystem::perms{0700}, std::filesystem::status(folder).permissions());

@@ -1,20 +1,13 @@
 #include <gtest/gtest.h>
-#include <memory>
 
 #include "util/NumberFormatException.h"
 #include "util/Utils.h"
 
 namespace {
 
-kz::Reference<Utils::StringList> listOf(const std::vector<const char*>& texts) {
-  kz::Reference<Utils::StringList> list(new Utils::StringList);
-  for (const char* const text : texts) list->add(new kz::String(text));
-  return list;
-}
-
 TEST(Utils, ParsesNumbers) {
-  for (const auto& [text, number] : std::vector<std::pair<const char*, int>>{
-           {" 42\t", 42}, {"\r\n7\n", 7}, {" 007 ", 7}, {" 0 ", 0}, {"-12", -12}}) {
+  for (const auto& [text, number] :
+       {std::pair{" 42\t", 42}, {"\r\n7\n", 7}, {" 007 ", 7}, {" 0 ", 0}, {"-12", -12}}) {
     EXPECT_EQ(Utils::parseInt(text), number);
     EXPECT_EQ(Utils::parseLong(text), number);
   }
@@ -24,9 +17,6 @@ TEST(Utils, ParsesNumbers) {
     EXPECT_THROW(Utils::parseLong(text), NumberFormatException) << text;
   }
   EXPECT_THROW(Utils::parseInt("2147483648"), NumberFormatException);
-  const std::unique_ptr<int[]> two(Utils::convertStringListToIntArray(listOf({"1", " 2"}).get()));
-  EXPECT_EQ(two[0] * 10 + two[1], 12);
-  EXPECT_THROW(Utils::convertStringListToIntArray(listOf({"1", "x"}).get()), NumberFormatException);
 }
 
 TEST(Utils, WritesVersionsAndTimes) {
