@@ -1,16 +1,8 @@
 // The program as a process: what it makes of a command line, what it says to streams that cannot be
 // written and to a missing connection, and which calls it makes.
-#include <algorithm>
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-
-#include "support/Process.h"
-#include "support/TempFolder.h"
+#include "e2e/Home.h"
 
 namespace {
-
-using nlohmann::json;
-using Words = std::vector<std::string>;
 
 const std::string kBanner =
     "Configuration Utility 15.21.016.000\nCopyright (c) 2026 The knob developers\n\n";
@@ -18,23 +10,7 @@ const std::string kInvalid =
     "Invalid command: wrong combination of arguments, or an ID or value that is not a number or is "
     "out of range.\n";
 
-class CommandLine : public testing::Test {
- protected:
-  // With the recorder in front; what it wrote.
-  std::string recorded(const Words& arguments, const char* variable, Outcome* outcome = nullptr,
-                       const std::string& answer = "none=") const {
-    std::filesystem::remove(home / "record");
-    Process process = knob(home.path(), arguments);
-    process.environment.insert({{"LD_PRELOAD", KNOB_RECORDER_PRELOAD},
-                                {"TN_ANSWER", answer},
-                                {variable, home / "record"}});
-    const Outcome run = process.run();
-    if (outcome != nullptr) *outcome = run;
-    return readFile(home / "record");
-  }
-
-  TempFolder home;
-};
+using CommandLine = Home;
 
 TEST_F(CommandLine, ReportsMisuseAndAFailedConnectionInTheChosenForm) {
   const std::string noValue = " requires a value. The value must not begin with a hyphen.\n";
@@ -64,7 +40,7 @@ TEST_F(CommandLine, ReportsMisuseAndAFailedConnectionInTheChosenForm) {
   };
   for (const auto& [arguments, status, said, shown] : cases) {
     SCOPED_TRACE(testing::PrintToString(arguments));
-    const Outcome text = knob(home.path(), arguments).run();
+    const Outcome text = run(arguments);
     EXPECT_EQ(status, text.status);
     EXPECT_TRUE(text.err.starts_with(said)) << text.err;
     EXPECT_EQ(said.empty() ? 0 : 1, std::count(text.err.begin(), text.err.end(), '\n'));
@@ -72,22 +48,21 @@ TEST_F(CommandLine, ReportsMisuseAndAFailedConnectionInTheChosenForm) {
     EXPECT_EQ(shown == kBannerOnly, text.out.find("knob -O <outputFile>") == text.out.npos);
     Words words = arguments;
     words.insert(words.begin(), "-json");
-    const Outcome inJson = knob(home.path(), words).run();
-    EXPECT_EQ(status, inJson.status);
-    EXPECT_EQ("", inJson.err);
+    const Outcome asJson = run(words);
+    EXPECT_EQ(status, asJson.status);
+    EXPECT_EQ("", asJson.err);
     EXPECT_TRUE(
-        inJson.out.starts_with("\n{\n\t\"title\": \"Configuration Utility\",\n"
+        asJson.out.starts_with("\n{\n\t\"title\": \"Configuration Utility\",\n"
                                "\t\"version\": \"15.21.016.000\",\n"));
-    const json object = json::parse(inJson.out);
+    const json object = json::parse(asJson.out);
     EXPECT_EQ(said == kInvalid ? "Invalid Command" : text.err.substr(0, text.err.find('\n')),
               object.value("error", ""));
     EXPECT_EQ(shown == kBannerOnly ? 0U : 7U, object.value("usage", json()).size());
   }
-  const auto out = [&](const Words& words) { return knob(home.path(), words).run().out; };
-  EXPECT_EQ("Unknown option: -Json", json::parse(out({"25", "-Json"}))["error"]);
-  EXPECT_NE(std::string::npos, out({"-JSON", "25", "--SERVER"}).find("Option --SERVER requires"));
+  EXPECT_EQ("Unknown option: -Json", inJson({"25", "-Json"})["error"]);
+  EXPECT_NE(std::string::npos, run({"-JSON", "--SERVER"}).out.find("Option --SERVER requires"));
   // The export's object is in its file: neither header nor brace on the screen.
-  const std::string failed = out({"-O", home / "x", "-U", "me", "-JSON"});
+  const std::string failed = run({"-O", home / "x", "-U", "me", "-JSON"}).out;
   EXPECT_TRUE(failed.starts_with("\t\"error\": \"7105:") && failed.ends_with("\"\n")) << failed;
 }
 
@@ -95,7 +70,6 @@ TEST_F(CommandLine, ReportsMisuseAndAFailedConnectionInTheChosenForm) {
 TEST_F(CommandLine, TracesOnDemand) {
   const std::string file = home / "file";
   writeFile(file, "Setting ID: 25\nCurrent Value:\nSetting ID: 25\nCurrent Value: 6\n");
-  const std::string values = "Set Id:  25\n\tValue : 7\n\tValue : 8\n";
   const std::string read = "inputFile: " + file + "\nInside readConfiguration, filename: " + file;
   const std::string written = "outputFile: " + file +
                               "\nInside writeConfiguration(), filename: " + file +
@@ -104,7 +78,8 @@ TEST_F(CommandLine, TracesOnDemand) {
       {{"25", "7", "8", "-D", "warning"}, "Setting 25 was updated.\n"},
       {{"25", "7", "8", "-D", "loud"}, "Setting 25 was updated.\n"},
       {{"25", "7", "8", "-D", "finer"},
-       values + "Inside setValue() for ID: 25\nSetting 25 was updated.\n"},
+       "Set Id:  25\n\tValue : 7\n\tValue : 8\nInside setValue() for ID: 25\nSetting 25 was "
+       "updated.\n"},
       {{"--DEBUG", "ALL", "25"}, "Id Detail - ID:  25\nInside printIDDetails() for ID: 25\n==="},
       {{"-I", file, "-E", "-D", "FINER"}, read + "\nInside setValue() for ID: 25\nImport of "},
       {{"-i", file, "-e", "-d", "finest"}, read + "\nInside getTagValue() for tag: Setting ID:"},
@@ -116,9 +91,9 @@ TEST_F(CommandLine, TracesOnDemand) {
       {{"--OUTPUTFILE", file, "--SUPPRESS_PROMPT", "--DEBUG", "finer"}, written},
   };
   for (const auto& [arguments, trace] : cases) {
-    const Outcome run = knob(home.path(), arguments).run();
-    EXPECT_TRUE(run.out.starts_with(kBanner + trace)) << run.out.substr(0, 1000);
-    EXPECT_EQ(run.err.npos, run.err.find("stopped here"));
+    const Outcome told = run(arguments);
+    EXPECT_TRUE(told.out.starts_with(kBanner + trace)) << told.out.substr(0, 1000);
+    EXPECT_EQ(told.err.npos, told.err.find("stopped here"));
   }
 }
 
@@ -133,9 +108,9 @@ TEST_F(CommandLine, ShowsNoPassword) {
                          {"-S", "etcd://u:secret@[::1]:1/p", "25", "9"},
                          {"-S", "postgres://[::1]:1?x=1&password=secret&sslpassword=secret"}};
   for (const auto& arguments : cases) {
-    Outcome run;
-    const std::string left = recorded(arguments, "TN_RECORD_ARGUMENTS", &run);
-    EXPECT_EQ(std::string::npos, (left + run.out + run.err).find("secret")) << run.out << run.err;
+    const Outcome told = recorded(arguments);
+    const std::string left = readFile(home / "arguments");
+    EXPECT_EQ(std::string::npos, (left + told.out + told.err).find("secret")) << told.out;
     EXPECT_NE(std::string::npos, left.find("***")) << testing::PrintToString(arguments);
   }
 }
@@ -170,7 +145,8 @@ TEST_F(CommandLine, CallsTheInterfaceInOrder) {
       {{}, ""},
   };
   for (const auto& test : cases) {
-    EXPECT_EQ(test.calls, recorded(test.arguments, "TN_RECORD", nullptr, test.answer));
+    recorded(test.arguments, test.answer);
+    EXPECT_EQ(test.calls, readFile(home / "calls"));
   }
 }
 

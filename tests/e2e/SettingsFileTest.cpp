@@ -1,17 +1,11 @@
 // Exporting all settings of the local engine and importing them again, with the program as a
 // process.
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <sys/stat.h>
 #include <thread>
 
-#include "support/Process.h"
-#include "support/TempFolder.h"
+#include "e2e/Home.h"
 
 namespace {
-
-using nlohmann::json;
-using Words = std::vector<std::string>;
 
 std::string replaced(std::string text, const std::string& from, const std::string& to) {
   for (std::size_t at = 0; (at = text.find(from, at)) != text.npos; at += to.size()) {
@@ -46,10 +40,8 @@ std::string awkwardValue(const json& setting) {
   }
 }
 
-class SettingsFile : public testing::Test {
+class SettingsFile : public Home {
  protected:
-  Outcome run(const Words& arguments) const { return knob(home.path(), arguments).run(); }
-
   std::string exported() const {
     const Outcome written = run({"-O", home / "new//folder/export", "-F"});
     EXPECT_EQ("", written.err);
@@ -61,8 +53,6 @@ class SettingsFile : public testing::Test {
     arguments.insert(arguments.begin(), {"-I", home / "import"});
     return run(arguments);
   }
-
-  TempFolder home;
 };
 
 TEST_F(SettingsFile, OfAnUntouchedEngineChangesNothing) {
@@ -123,18 +113,11 @@ TEST_F(SettingsFile, EndsWithAFailureUnlessToldToGoOn) {
       {"TnGetSettingHelp 300", 300}, {"TnGetSettingList 1 1", -1}, {"TnGetCategoryList", 0}};
   for (const auto& [failing, lastSetting] : cases) {
     for (const std::string form : {"-F", "-JSON"}) {
-      const auto ran = [&](const Words& option) {
-        Process process = knob(home.path(), {"-O", home / "file", form});
-        process.arguments.insert(process.arguments.end(), option.begin(), option.end());
-        process.environment.insert(
-            {{"LD_PRELOAD", KNOB_RECORDER_PRELOAD}, {"TN_ANSWER", failing + "=7012"}});
-        return process.run();
-      };
-      const Outcome ended = ran({});
+      const Outcome ended = recorded({"-O", home / "file", form}, failing + "=7012");
       EXPECT_EQ(1, ended.status);
       EXPECT_NE((ended.err + ended.out).find(reason), std::string::npos) << ended.out;
       EXPECT_EQ(readFile(home / "file").find("Table Size"), std::string::npos);
-      const Outcome told = ran({"-E"});
+      const Outcome told = recorded({"-O", home / "file", form, "-E"}, failing + "=7012");
       EXPECT_EQ(lastSetting == 0 ? 1 : 0, told.status);
       if (lastSetting == 0) continue;
       EXPECT_EQ(told.err, "Export of a category failed. Last setting reached: " +

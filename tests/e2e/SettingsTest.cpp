@@ -1,17 +1,10 @@
 // Showing, setting and searching settings of the local engine, with the program as a process.
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-
-#include "support/Process.h"
-#include "support/TempFolder.h"
+#include "e2e/Home.h"
 
 namespace {
 
-using nlohmann::json;
-using Words = std::vector<std::string>;
-
 // The lines of a setting, made from what it holds: of its JSON object, and of its text.
-std::string inJson(const json& s, const std::string& tabs) {
+std::string jsonOf(const json& s, const std::string& tabs) {
   std::string range, options;
   for (const json& limits : s["range"]) {
     range = tabs + "\t{\"min_range\": " + limits["min_range"].dump() +
@@ -34,7 +27,7 @@ std::string inJson(const json& s, const std::string& tabs) {
          member("clientserver", "\n");
 }
 
-std::string inText(const json& s) {
+std::string textOf(const json& s) {
   const auto text = [](const json& value) {
     return value.is_string() ? value.get<std::string>() : value.dump();
   };
@@ -60,13 +53,7 @@ std::string inText(const json& s) {
          " setting): " + text(s["description"]) + "\n";
 }
 
-class Settings : public testing::Test {
- protected:
-  Outcome run(const Words& arguments) const { return knob(home.path(), arguments).run(); }
-  json shown(const std::string& id) const { return json::parse(run({id, "-JSON"}).out); }
-
-  TempFolder home;
-};
+using Settings = Home;
 
 TEST_F(Settings, AreShownExactlyInEveryLayout) {
   EXPECT_EQ(0, run({"74", "C:\\a"}).status + run({"78", "1", "3"}).status);
@@ -82,7 +69,7 @@ TEST_F(Settings, AreShownExactlyInEveryLayout) {
       EXPECT_NE(setting["error"].get<std::string>().find("Unknown setting ID"), std::string::npos);
       continue;
     }
-    EXPECT_EQ(header + inJson(setting, "\t") + "}\n", found.out);
+    EXPECT_EQ(header + jsonOf(setting, "\t") + "}\n", found.out);
     EXPECT_EQ(id, setting["id"]);
     changed += setting["value"] != setting["default_values"];
     client += setting["clientserver"] == "Client";
@@ -108,17 +95,17 @@ TEST_F(Settings, AreShownExactlyInEveryLayout) {
                 ",\n\t\t\"name\": " + category["name"].dump() + ",\n\t\t\"settings_list\": [\n";
     for (const json& setting : category["settings_list"]) {
       const bool last = setting == category["settings_list"].back();
-      expected += "\t\t{\n" + inJson(setting, "\t\t\t") + (last ? "\t\t}\n" : "\t\t},\n");
+      expected += "\t\t{\n" + jsonOf(setting, "\t\t\t") + (last ? "\t\t}\n" : "\t\t},\n");
       json& onScreen = all.at(setting["id"]);
-      EXPECT_NE(text.npos, text.find("\n" + inText(onScreen))) << inText(onScreen);
-      EXPECT_EQ(inText(onScreen), inText(setting));
+      EXPECT_NE(text.npos, text.find("\n" + textOf(onScreen))) << textOf(onScreen);
+      EXPECT_EQ(textOf(onScreen), textOf(setting));
       ++exported;
     }
     expected += category == categories.back() ? "\t\t]\n\t}\n" : "\t\t]\n\t},\n";
   }
   EXPECT_EQ(expected + "\t]\n}\n", readFile(home / "j"));
   EXPECT_EQ(all.size(), exported);
-  EXPECT_TRUE(run({"25"}).out.ends_with("\n\n" + inText(all[25])));
+  EXPECT_TRUE(run({"25"}).out.ends_with("\n\n" + textOf(all[25])));
 }
 
 TEST_F(Settings, TakeAndRefuseValues) {
@@ -180,12 +167,6 @@ TEST_F(Settings, TakeAndRefuseValues) {
 
 // Another library may stand behind the interface.
 TEST_F(Settings, DistrustWhatTheInterfaceGives) {
-  const auto answered = [&](const std::string& answer, Words arguments) {
-    Process process = knob(home.path(), std::move(arguments));
-    process.environment.insert({{"LD_PRELOAD", KNOB_RECORDER_PRELOAD}, {"TN_ANSWER", answer}});
-    const Outcome run = process.run();
-    return run.err.substr(0, 5) + run.out;
-  };
   const std::string name(256, 'n');
   const struct {
     std::string answer;
@@ -211,17 +192,16 @@ TEST_F(Settings, DistrustWhatTheInterfaceGives) {
       {"TnGetSettingHelp=7003", {"25"}, "7003:"},
   };
   for (const auto& [answer, arguments, part] : cases) {
-    const std::string said = answered(answer, arguments);
+    const Outcome run = recorded(arguments, answer);
+    const std::string said = run.err.substr(0, 5) + run.out;
     EXPECT_NE(said.find(part), said.npos) << answer << said;
   }
-  answered("TnGetCategoryInfo=" + name, {"-O", home / "x", "-F", "-JSON"});
+  recorded({"-O", home / "x", "-F", "-JSON"}, "TnGetCategoryInfo=" + name);
   EXPECT_EQ(name, json::parse(readFile(home / "x"))["category_list"][1]["name"]);
 }
 
 TEST_F(Settings, AreFoundByAPartOfTheirNames) {
-  const auto found = [&](const char* keyword) {
-    return json::parse(run({"-H", keyword, "-JSON"}).out)["search_output"];
-  };
+  const auto found = [&](const char* keyword) { return inJson({"-H", keyword})["search_output"]; };
   EXPECT_TRUE(run({"-H", "lock WAIT l"})
                   .out.ends_with("\n\nSettings whose names contain \"lock WAIT l\":\n\n"
                                  "ID\tSetting\n---------------------\n25\tLock Wait Limit\n"));
