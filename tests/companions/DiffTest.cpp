@@ -47,7 +47,7 @@ TEST_F(Diff, TellsTheSameOfServersAndFilesInEitherForm) {
       "15  CACHE REPLACEMENT POLICY  2            1\n"
       "25  LOCK WAIT LIMIT           7            20\n"
       "74  LISTENER ADDRESSES        two  blanks  \"\"\n";
-  for (const std::string& a : Words{kA, "a.txt", "a.json"}) {
+  for (const std::string& a : Words{kA, "a.txt"}) {
     for (const std::string& b : Words{kB, "b.json"}) {
       const Outcome outcome = diff({a, b});
       EXPECT_EQ(1, outcome.status) << outcome.err;

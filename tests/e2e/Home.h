@@ -14,9 +14,10 @@ using Words = std::vector<std::string>;
 class Home : public testing::Test {
  protected:
   Outcome run(const Words& arguments) const { return knob(home.path(), arguments).run(); }
-  json inJson(Words arguments) const {
-    arguments.emplace_back("-JSON");
-    return json::parse(run(arguments).out);
+  json inJson(const Words& arguments) const {
+    Process process = knob(home.path(), arguments);
+    process.arguments.emplace_back("-JSON");
+    return json::parse(process.run().out);
   }
   // With support/TnRecorder.cpp in front of the library; its records are the file of the home.
   Outcome recorded(const Words& arguments, const std::string& answer = "none=") const {

@@ -68,48 +68,43 @@ TnStatus withText(TnStatus status, char* text, std::size_t room) {
 
 extern "C" {
 
-int TnStart(int reserved) { return passOn("TnStart", TnStart, reserved); }
-int TnStop(int reserved) { return passOn("TnStop", TnStop, reserved); }
+int TnStart(int reserved) { return passOn(__func__, TnStart, reserved); }
+int TnStop(int reserved) { return passOn(__func__, TnStop, reserved); }
 TnStatus TnConnectServer(const char* server, const char* user, const char* word, TnHandle* handle) {
-  return passOn("TnConnectServer", TnConnectServer, server, user, word, handle);
+  return passOn(__func__, TnConnectServer, server, user, word, handle);
 }
-TnStatus TnDisconnect(TnHandle handle) { return passOn("TnDisconnect", TnDisconnect, handle); }
+TnStatus TnDisconnect(TnHandle handle) { return passOn(__func__, TnDisconnect, handle); }
 TnStatus TnGetCategoryList(TnHandle handle, int* count, int* ids) {
-  return withNumber(passOn("TnGetCategoryList", TnGetCategoryList, handle, count, ids), count);
+  return withNumber(passOn(__func__, TnGetCategoryList, handle, count, ids), count);
 }
 TnStatus TnGetCategoryInfo(TnHandle handle, int id, TnCategoryRecord* record) {
-  return withText(passOn("TnGetCategoryInfo", TnGetCategoryInfo, handle, id, record), record->name,
+  return withText(passOn(__func__, TnGetCategoryInfo, handle, id, record), record->name,
                   sizeof record->name);
 }
 TnStatus TnGetSettingList(TnHandle handle, int id, int* count, int* ids) {
-  return withNumber(passOn("TnGetSettingList", TnGetSettingList, handle, id, count, ids), count);
+  return withNumber(passOn(__func__, TnGetSettingList, handle, id, count, ids), count);
 }
 TnStatus TnGetSettingInfo(TnHandle handle, int id, TnSettingRecord* record) {
-  return withNumber(passOn("TnGetSettingInfo", TnGetSettingInfo, handle, id, record),
-                    &record->type);
+  return withNumber(passOn(__func__, TnGetSettingInfo, handle, id, record), &record->type);
 }
 int16_t TnIsSettingAvailable(TnHandle handle, int id) {
-  return passOn("TnIsSettingAvailable", TnIsSettingAvailable, handle, id);
+  return passOn(__func__, TnIsSettingAvailable, handle, id);
 }
 TnStatus TnGetSelectionValue(TnHandle handle, int id, int* count, int32_t* items,
-                             TnValueSelector selector) {
-  return withNumber(
-      passOn("TnGetSelectionValue", TnGetSelectionValue, handle, id, count, items, selector),
-      count);
+                             TnValueSelector which) {
+  return withNumber(passOn(__func__, TnGetSelectionValue, handle, id, count, items, which), count);
 }
 TnStatus TnGetAllPossibleSelections(TnHandle handle, int id, int* count, int32_t* items) {
-  return withNumber(
-      passOn("TnGetAllPossibleSelections", TnGetAllPossibleSelections, handle, id, count, items),
-      count);
+  return withNumber(passOn(__func__, TnGetAllPossibleSelections, handle, id, count, items), count);
 }
 TnStatus TnGetSettingHelp(int id, int* size, char* text) {
   const std::size_t room = static_cast<std::size_t>(*size);
-  return withText(passOn("TnGetSettingHelp", TnGetSettingHelp, id, size, text), text, room);
+  return withText(passOn(__func__, TnGetSettingHelp, id, size, text), text, room);
 }
-TnStatus TnSetLongValue(TnHandle handle, int id, int64_t value, TnValueSelector selector) {
-  return passOn("TnSetLongValue", TnSetLongValue, handle, id, value, selector);
+TnStatus TnSetLongValue(TnHandle handle, int id, int64_t value, TnValueSelector which) {
+  return passOn(__func__, TnSetLongValue, handle, id, value, which);
 }
-TnStatus TnSetStringValue(TnHandle handle, int id, const char* value, TnValueSelector selector) {
-  return passOn("TnSetStringValue", TnSetStringValue, handle, id, value, selector);
+TnStatus TnSetStringValue(TnHandle handle, int id, const char* value, TnValueSelector which) {
+  return passOn(__func__, TnSetStringValue, handle, id, value, which);
 }
 }

@@ -1,10 +1,14 @@
+// The parts of the program that its users do not see all of.
 #include <gtest/gtest.h>
 
 #include "output/CMSGStrings.h"
 #include "output/MessageArguments.h"
 #include "output/MessageHelper.h"
+#include "service/SvcConfigHelper.h"
 #include "support/Process.h"
 #include "support/TempFolder.h"
+#include "util/NumberFormatException.h"
+#include "util/Utils.h"
 
 namespace {
 
@@ -41,7 +45,7 @@ TEST(MessageHelper, CompletesTextsAndNeverFails) {
 TEST(MessageHelper, FormatsNoTextThatAsksForMoreThanItsKeyHas) {
   // ERR_READ_FILE has a text, a text and a number.
   const auto kinds = MessageArguments::of("ERR_READ_FILE");
-  for (const wchar_t* const text : {L"100%%", L"%s %s %d", L"%-9s%.3s", L"%s %s % 'i %%"}) {
+  for (const wchar_t* const text : {L"100%%", L"%s%s%08X", L"%-9s%.3s", L"%s %s % 'i %%"}) {
     EXPECT_TRUE(MessageArguments::suffice(*kinds, text)) << kz::String(text).getBytes();
   }
   for (const wchar_t* const text :
@@ -68,6 +72,63 @@ TEST(CMSGStrings, MakesKeysAndDialogs) {
   const Bundle bundle("M=message");
   CMSGStrings::PrepareDialog("TEST_output", "T", "M", title, message);
   EXPECT_EQ((key + " " + title + " " + message).getBytes(), "KZ_MSG_N3N T message");
+}
+
+TEST(Service, TellsTheStatusOfEveryCall) {
+  SvcConfigHelper service;
+  service.connect("", "", "");
+  EXPECT_EQ(kz::Reference(service.getSettingInfoList(7))->size(), 8);
+  service.disconnect();
+  const auto codeOf = [&](const auto& call) {
+    try {
+      call();
+    } catch (const SvcException& failure) {
+      const int code = failure.getErrorCode();
+      EXPECT_TRUE(failure.getDescription().equals(service.createErrorMsg(code)));
+      return code;
+    }
+    return 0;
+  };
+  const int refused = TN_INVALID_HANDLE;  // without a connection
+  kz::String text;
+  int number = 0;
+  EXPECT_EQ(refused, codeOf([&] { service.getCategoryList(); }));
+  EXPECT_EQ(refused, codeOf([&] { service.getCategoryListCount(); }));
+  EXPECT_EQ(refused, codeOf([&] { service.getSettingInfoList(1); }));
+  EXPECT_EQ(refused, codeOf([&] { service.getStringValue(74, 2); }));
+  EXPECT_EQ(refused, codeOf([&] { service.getLongValue(25, 2); }));
+  EXPECT_EQ(refused, codeOf([&] { service.getBooleanValue(42, 2); }));
+  EXPECT_EQ(refused, codeOf([&] { service.getBooleanStrings(42, text, text); }));
+  EXPECT_EQ(refused, codeOf([&] { service.getSelectionValues(83, 2); }));
+  EXPECT_EQ(refused, codeOf([&] { service.getSelectionString(83, 0); }));
+  EXPECT_EQ(refused, codeOf([&] { service.getAllPossibleSelections(83); }));
+  EXPECT_EQ(refused, codeOf([&] { service.getValueLimit(25, &number, &number); }));
+  EXPECT_EQ(refused, codeOf([&] { service.setStringValue(74, "a", 2); }));
+  EXPECT_EQ(refused, codeOf([&] { service.setLongValue(25, 5, 2); }));
+  EXPECT_EQ(refused, codeOf([&] { service.setBooleanValue(42, true, 2); }));
+  EXPECT_EQ(refused, codeOf([&] { service.setSelectionValue(83, 1, &number, 2); }));
+}
+
+TEST(Utils, ParsesNumbers) {
+  for (const auto& [text, number] :
+       {std::pair{" 42\t", 42}, {"\r\n7\n", 7}, {" 007 ", 7}, {" 0 ", 0}, {"-12", -12}}) {
+    EXPECT_EQ(Utils::parseInt(text), number);
+    EXPECT_EQ(Utils::parseLong(text), number);
+  }
+  for (const char* const text : {"", "   ", "00", "+0", "-0", "12abc", "0x10", "1.5", "--5", "-",
+                                 "\u0665", "\v5", "9223372036854775808"}) {
+    EXPECT_THROW(Utils::parseInt(text), NumberFormatException) << text;
+    EXPECT_THROW(Utils::parseLong(text), NumberFormatException) << text;
+  }
+  EXPECT_THROW(Utils::parseInt("2147483648"), NumberFormatException);
+}
+
+TEST(Utils, WritesVersionsAndTimes) {
+  kz::String version("9.1.2000.3");
+  Utils::formatEngVerString(version);
+  EXPECT_EQ(version.getBytes(), "09.01.2000.3");
+  EXPECT_EQ(Utils::convertTimeInSecs(176461).getBytes(), "2 days  01:01:01");
+  EXPECT_EQ(Utils::getTime(std::string(100, 'x').c_str()).length(), 0);
 }
 
 }  // namespace
