@@ -91,6 +91,8 @@ TEST_F(Settings, AreShownExactlyInEveryLayout) {
   EXPECT_LT(150U, all.size());
   EXPECT_EQ("C:\\a", all["74"]["value"]);
   EXPECT_EQ("0 1 2 3 4 5 6", all["78"]["default_values"]);
+  EXPECT_EQ(3600, all["25"]["range"][0]["max_range"]) << "quoted in an export only";
+  EXPECT_NE(exported.npos, exported.find("\"max_range\": \"3600\"}"));
   EXPECT_EQ("available memory", all["134"]["range"][0]["max_range"]);
   EXPECT_EQ("available disk space", all["30"]["range"][0]["max_range"]);
   EXPECT_EQ("available memory and disk space", all["31"]["range"][0]["max_range"]);
@@ -171,6 +173,8 @@ TEST_F(Settings, DistrustWhatTheInterfaceGives) {
       {"TnGetSettingInfo 1 124=7012", {"-H", "e"}, "|7012:"},
       {"TnGetSettingInfo=9", {"25", "-JSON"}, ": 9,\n\t\"range\": [ ],\n\t\"options\": [ ]"},
       {"TnGetSettingInfo=9", {"25"}, "Current Value: \n\tDefault Value: \n"},
+      {"TnIsSettingAvailable=-1", {"25"}, "Current Value: 20\n"},
+      {"TnGetBooleanValue=-1", {"42"}, "Current Value: on\n"},
       {"TnGetSelectionValue=2000", {"83"}, "|7003:"},
       {"TnGetSelectionValue=-1", {"83"}, "Current Value: \n"},
       {"TnGetAllPossibleSelections=2000", {"83"}, "|7003:"},

@@ -41,12 +41,10 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
 // may lie below a home that is its owner's alone.
 std::string reachableProgram() {
   static const TempFolder tree;
-  if (!fs::exists(tree / "bin")) {
+  if (fs::create_directory(tree / "bin")) {
     const fs::path built = fs::path(programFolder()).parent_path();
-    fs::create_directory(tree / "bin");
-    fs::copy(built / "bin/knob", tree / "bin");
-    for (const char* const folder : {"lib", "share"}) {
-      fs::copy(built / folder, tree / folder, fs::copy_options::recursive);
+    for (const char* const part : {"bin/knob", "lib", "share"}) {
+      fs::copy(built / part, tree / part, fs::copy_options::recursive);
     }
     for (const auto& entry : fs::recursive_directory_iterator(tree.path())) {
       fs::permissions(entry, fs::perms{0755});

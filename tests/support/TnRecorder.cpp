@@ -3,7 +3,7 @@
 // of the process its arguments go into the file that TN_RECORD_ARGUMENTS names.
 //
 // TN_ANSWER="CALL=ANSWER": calls that begin with these words get this answer: a status, or else
-// what stands for the true number of elements, type of a setting, name or description.
+// what stands for the true number of elements, type of a setting, truth, name or description.
 #include <array>
 #include <cstdlib>
 #include <dlfcn.h>
@@ -53,8 +53,9 @@ Result passOn(const char* name, Result (*)(Arguments...), Arguments... arguments
   return reinterpret_cast<Result (*)(Arguments...)>(dlsym(RTLD_NEXT, name))(arguments...);
 }
 
-TnStatus withNumber(TnStatus status, int* number) {
-  if (!answer.empty()) *number = std::atoi(answer.c_str());
+template <typename Number>
+TnStatus withNumber(TnStatus status, Number* number) {
+  if (!answer.empty()) *number = static_cast<Number>(std::atoi(answer.c_str()));
   return status;
 }
 
@@ -88,7 +89,12 @@ TnStatus TnGetSettingInfo(TnHandle handle, int id, TnSettingRecord* record) {
   return withNumber(passOn(__func__, TnGetSettingInfo, handle, id, record), &record->type);
 }
 int16_t TnIsSettingAvailable(TnHandle handle, int id) {
-  return passOn(__func__, TnIsSettingAvailable, handle, id);
+  int16_t available = passOn(__func__, TnIsSettingAvailable, handle, id);
+  withNumber(TN_SUCCESS, &available);
+  return available;
+}
+TnStatus TnGetBooleanValue(TnHandle handle, int id, int16_t* value, TnValueSelector which) {
+  return withNumber(passOn(__func__, TnGetBooleanValue, handle, id, value, which), value);
 }
 TnStatus TnGetSelectionValue(TnHandle handle, int id, int* count, int32_t* items,
                              TnValueSelector which) {
