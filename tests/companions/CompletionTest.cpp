@@ -1,10 +1,7 @@
-// Completion in a real bash and a real zsh. A line is completed and then shown by the shell itself:
-// two keys put "echo" in front of it and run it.
-#include <csignal>
+// Completion in a real bash and a real zsh, driven by keys on a terminal. A line is completed and
+// then noted by the shell itself: two keys put "note" in front of it and run it.
 #include <gtest/gtest.h>
-#include <poll.h>
-#include <pty.h>
-#include <sys/wait.h>
+#include <sstream>
 #include <unistd.h>
 
 #include "http/HttpDouble.h"
@@ -14,153 +11,92 @@
 
 namespace {
 
-const std::string kCompletions = std::string(KNOB_SOURCE_DIR) + "/share/completions";
-// Keys: to the beginning of the line, "print it", return. Single quotes keep what was completed.
-constexpr char kShowLine[] = "\x01printf '<%s>' \r";
+using Words = std::vector<std::string>;
 
-// An interactive shell on a pseudo-terminal, driven by keys as a person drives it.
-class Terminal {
- public:
-  Terminal(const std::string& command, const std::map<std::string, std::string>& environment) {
-    winsize size{50, 200, 0, 0};
-    shell_ = forkpty(&terminal_, nullptr, nullptr, &size);
-    if (shell_ != 0) return;
-    clearenv();
-    for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
-    execl("/bin/sh", "sh", "-c", ("exec " + command).c_str(), nullptr);
-    _exit(127);
-  }
-  ~Terminal() {
-    close(terminal_);
-    kill(shell_, SIGKILL);
-    waitpid(shell_, nullptr, 0);
-  }
-  Terminal(const Terminal&) = delete;
-  Terminal& operator=(const Terminal&) = delete;
+constexpr char kBash[] = "source $F/knob.bash; source $F/knob-diff.bash";
+constexpr char kZsh[] = "fpath=($F $fpath); autoload -U compinit; compinit -u -D";
+constexpr char kNote[] = "\x01note \r";  // to the beginning of the line, a word, return
 
-  void type(const std::string& keys) const { (void)!write(terminal_, keys.data(), keys.size()); }
-  // What came out since the last wait, up to and with the text; everything when the text does not
-  // come within ten seconds.
-  std::string waitFor(const std::string& text) {
-    std::size_t end = 0;
-    while ((end = seen_.find(text)) == std::string::npos) {
-      pollfd waiting{terminal_, POLLIN, 0};
-      char piece[4096];
-      if (poll(&waiting, 1, 10'000) <= 0) return seen_;
-      const ssize_t count = read(terminal_, piece, sizeof piece);
-      if (count <= 0) return seen_;
-      seen_.append(piece, static_cast<std::size_t>(count));
-    }
-    std::string before = seen_.substr(0, end + text.size());
-    seen_.erase(0, end + text.size());
-    return before;
-  }
-
- private:
-  int terminal_ = -1;
-  pid_t shell_ = -1;
-  std::string seen_{};
-};
-
-struct Shell {
-  std::string program, options, setUp;
-};
-
-std::vector<Shell> shells() {
-  return {{"/bin/bash", " --norc --noprofile -i",
-           "source " + kCompletions + "/knob.bash; source " + kCompletions + "/knob-diff.bash"},
-          {"/usr/bin/zsh", " -f -i",
-           "fpath=(" + kCompletions + " $fpath); autoload -U compinit; compinit -u -D"}};
-}
-
-class Completion : public testing::TestWithParam<Shell> {
+class Completion : public testing::TestWithParam<std::string> {
  protected:
   void SetUp() override {
-    if (access(GetParam().program.c_str(), X_OK) != 0) {
-      GTEST_SKIP() << GetParam().program << " is not installed";
+    if (access(shell.c_str(), X_OK) != 0) GTEST_SKIP() << shell << " is not installed";
+    for (const Words& change : {Words{"15", "1"}, {"74", "$(touch " + evaluated + ") 'x"}}) {
+      EXPECT_EQ(0, knob(home.path(), {"-S", store, change[0], change[1]}).run().status);
     }
-    run({"-S", store, "15", "1"});
-    run({"-S", store, "74", "$(touch " + (home / "evaluated") + ") 'x"});
-    terminal = std::make_unique<Terminal>(
-        GetParam().program + GetParam().options,
-        std::map<std::string, std::string>{{"HOME", home.path()},
-                                           {"XDG_STATE_HOME", home / "state"},
-                                           {"PATH", programFolder() + ":/usr/bin:/bin"},
-                                           {"TERM", "dumb"},
-                                           {"A", store}});
-    terminal->type(GetParam().setUp + "; PS1=; echo rea''dy\r");
-    terminal->waitFor("ready\r\n");
   }
-  void run(std::vector<std::string> arguments) const {
-    EXPECT_EQ(0, knob(home.path(), std::move(arguments)).run().status);
-  }
-  // The words of the line as they are after the keys, each in angle brackets.
-  std::string completed(const std::string& keys) {
-    const std::string first = keys.starts_with("knob-diff") ? "<knob-diff>" : "<knob>";
-    terminal->type(keys + kShowLine);
-    std::string all;
-    do {
-      all = terminal->waitFor(first);
-    } while (all.find("printf") == std::string::npos && !all.empty());
-    terminal->type("echo; echo d''one\r");
-    std::string words = first + terminal->waitFor("done\r\n");
-    return words.substr(0, words.rfind('>') + 1);
+  // The words of each line as they are after its keys, every word in angle brackets. `screen`: all
+  // that the terminal showed.
+  Words completed(const Words& lines, std::string* screen = nullptr) const {
+    Process typing{{"/usr/bin/script", "-qc", shell + (bash ? " --norc --noprofile -i" : " -f -i"),
+                    "/dev/null"},
+                   {{"HOME", home.path()},
+                    {"XDG_STATE_HOME", home / "state"},
+                    {"PATH", programFolder() + ":/usr/bin:/bin"},
+                    {"TERM", "dumb"},
+                    {"SHELL", "/bin/sh"},
+                    {"F", KNOB_SOURCE_DIR "/share/completions"},
+                    {"NOTES", home / "notes"},
+                    {"A", store}}};
+    typing.input = (bash ? kBash : kZsh) + std::string("; PS1=; stty columns 200 rows 50\r") +
+                   "note() { (printf '<%s>' \"$@\"; echo) >> $NOTES; }\r";
+    for (const std::string& keys : lines) typing.input += keys + kNote;
+    std::filesystem::remove(home / "notes");
+    const Outcome run = typing.run();
+    if (screen != nullptr) *screen = run.out;
+    std::istringstream notes(readFile(home / "notes"));
+    Words words;
+    for (std::string line; std::getline(notes, line);) words.push_back(line);
+    return words;
   }
 
   TempFolder home;
-  const std::string store = "file:" + (home / "a.db");
-  std::unique_ptr<Terminal> terminal;
+  const bool bash = GetParam() == "bash";
+  const std::string shell = bash ? "/bin/bash" : "/usr/bin/zsh";
+  const std::string store = "file:" + (home / "a.db"), evaluated = home / "evaluated";
 };
 
 TEST_P(Completion, PutsIdsAndValuesOfTheEngineThatTheLineNames) {
-  const std::string server = "<-S><" + store + ">";
-  const std::pair<std::string, std::string> cases[] = {
-      {"knob replacement\t", "<knob><15>"},
-      {"knob 'lock wait l\t", "<knob><25>"},
-      {"knob 15 fr\t", "<knob><15><1>"},
-      {"knob 25 \t", "<knob><25><20>"},
-      {"knob -S \"$A\" replacement\t", "<knob>" + server + "<15>"},
-      {"knob -S $A 65 of\t", "<knob>" + server + "<65><off>"},
-      {"knob -J\t", "<knob><-JSON>"},
-      {"knob --SE\t", "<knob><--SERVER>"},
-      {"knob-diff --sett\t", "<knob-diff><--settings>"},
-      {"knob-diff localh\t", "<knob-diff><localhost>"},
-      {"knob no such setting\t", "<knob><no><such><setting>"},
-      {"knob replica\t", "<knob><replica>"},
-      {"knob -S \"$(touch " + (home / "evaluated") + ";echo x)\" 25 \t", "<knob><-S><x><25>"},
-  };
-  for (const auto& [keys, words] : cases) {
-    EXPECT_EQ(words, completed(keys)) << keys;
-    std::filesystem::remove(home / "evaluated");  // by the shell, when it ran the shown line
-  }
-  EXPECT_EQ("<knob>" + server + "<74><$(touch " + (home / "evaluated") + ") 'x>",
-            completed("knob -S $A 74 \t"));
-  EXPECT_FALSE(std::filesystem::exists(home / "evaluated"));
+  const std::string server = "<knob><-S><" + store + ">";
+  EXPECT_EQ(completed({"knob replacement\t", "knob 'lock wait l\t", "knob 15 fr\t", "knob 25 \t",
+                       "knob -S \"$A\" replacement\t", "knob -S $A 65 of\t", "knob -J\t",
+                       "knob --SE\t", "knob-diff --sett\t", "knob-diff localh\t",
+                       "knob no such setting\t", "knob replica\t", "knob -S $A 74 \t"}),
+            (Words{"<knob><15>", "<knob><25>", "<knob><15><1>", "<knob><25><20>", server + "<15>",
+                   server + "<65><off>", "<knob><-JSON>", "<knob><--SERVER>",
+                   "<knob-diff><--settings>", "<knob-diff><localhost>", "<knob><no><such><setting>",
+                   "<knob><replica>", server + "<74><$(touch " + evaluated + ") 'x>"}));
+  EXPECT_FALSE(std::filesystem::exists(evaluated)) << "of the engine";
+  // The line's own command is run once, with the line.
+  EXPECT_EQ(completed({"knob -S \"$(echo x >> " + evaluated + ";echo x)\" 25 \t"}),
+            Words{"<knob><-S><x><25>"});
+  EXPECT_EQ("x\n", readFile(evaluated));
 }
 
 TEST_P(Completion, AsksAPostgreSqlServerToo) {
   if (!Server::obstacle().empty()) GTEST_SKIP() << Server::obstacle();
-  const std::string server = Server::shared().uri();
-  terminal->type("P='" + server + "'\r");
-  EXPECT_EQ("<knob><-S><" + server + "><136><16384>", completed("knob -S \"$P\" red_buf\t \t"));
-  EXPECT_EQ("<knob><-S><" + server + "><1928>", completed("knob -S $P search_pa\t"));
+  const std::string server = Server::shared().uri(), words = "<knob><-S><" + server + ">";
+  EXPECT_EQ(
+      completed({"P='" + server + "'\rknob -S \"$P\" red_buf\t \t", "knob -S $P search_pa\t"}),
+      (Words{words + "<136><16384>", words + "<1928>"}));
 }
 
 TEST_P(Completion, ShowsSeveralAndLeavesTheWord) {
-  terminal->type("knob page\t\t");
-  const std::string shown = terminal->waitFor("Page Verification");
-  EXPECT_NE(shown.find("48  Page Cache Size"), std::string::npos) << shown;
-  EXPECT_EQ(shown.find("_knob"), std::string::npos) << "a message of the shell: " << shown;
-  EXPECT_EQ("<knob><page>", completed(""));
+  std::string screen;
+  EXPECT_EQ(completed({"knob page\t\t"}, &screen), Words{"<knob><page>"});
+  EXPECT_NE(screen.find("48  Page Cache Size"), std::string::npos) << screen;
+  EXPECT_NE(screen.find("Page Verification"), std::string::npos);
+  EXPECT_EQ(screen.find("_knob"), std::string::npos) << "a message of the shell: " << screen;
 }
 
 TEST_P(Completion, GivesThePromptBackWhenTheServerIsSilent) {
   const HttpDouble silent([](const std::string&) { return Reply{}; });
   const std::string server = "postgresql://u:pw@" + silent.address();
-  EXPECT_EQ("<knob><-S><" + server + "><work>", completed("knob -S " + server + " work\t"));
+  EXPECT_EQ(completed({"knob -S " + server + " work\t"}),
+            Words{"<knob><-S><" + server + "><work>"});
 }
 
-INSTANTIATE_TEST_SUITE_P(Shells, Completion, testing::ValuesIn(shells()),
-                         [](const auto& instance) { return instance.index == 0 ? "bash" : "zsh"; });
+INSTANTIATE_TEST_SUITE_P(, Completion, testing::Values("bash", "zsh"),
+                         [](const auto& instance) { return instance.param; });
 
 }  // namespace

@@ -8,41 +8,34 @@
 
 namespace {
 
+using nlohmann::json;
+using Words = std::vector<std::string>;
+
+// Two stores and their names.
+const std::string kA = "file:a.db", kB = "file:b.db";
+
 class Diff : public testing::Test {
  protected:
   Diff() {
-    set("a", "25", "7");
-    set("a", "48", "4096");
-    set("a", "74", "two  blanks");
-    set("b", "15", "1");
+    for (const Words& words : {Words{"25", "7", "-S", kA},
+                               {"48", "4096", "-S", kA},
+                               {"74", "two  blanks", "-S", kA},
+                               {"15", "1", "-S", kB},
+                               {"-O", "a.txt", "-S", kA},
+                               {"-O", "a.json", "-S", kA, "-JSON"},
+                               {"-O", "b.json", "-S", kB, "-JSON"}}) {
+      EXPECT_EQ(0, run("", words).status);
+    }
   }
 
-  static std::string store(const std::string& name) { return "file:" + name + ".db"; }
-  Outcome knobRun(std::vector<std::string> arguments) const {
-    return process(std::move(arguments), "").run();
-  }
-  void set(const std::string& name, const std::string& id, const std::string& value) const {
-    EXPECT_EQ(0, knobRun({"-S", store(name), id, value}).status);
-  }
-  std::string exported(const std::string& name, std::vector<std::string> options = {}) const {
-    std::string path = name + ".export";
-    options.insert(options.end(), {"-S", store(name), "-F", "-O", path});
-    EXPECT_EQ(0, knobRun(std::move(options)).status);
-    return path;
-  }
-  std::string file(const std::string& content) const {
-    writeFile(home / "written", content);
-    return "written";
-  }
-  Process process(std::vector<std::string> arguments, const char* companion = "-diff") const {
-    Process process = knob(home.path(), std::move(arguments));
+  Outcome run(const char* companion, const Words& words, const std::string& out = "") const {
+    Process process = knob(home.path(), words);
     process.arguments[0] += companion;
     process.folder = home.path();
-    return process;
+    process.outTo = out;
+    return process.run();
   }
-  Outcome diff(std::vector<std::string> arguments) const {
-    return process(std::move(arguments)).run();
-  }
+  Outcome diff(const Words& words) const { return run("-diff", words); }
 
   TempFolder home;
 };
@@ -54,125 +47,109 @@ TEST_F(Diff, TellsTheSameOfServersAndFilesInEitherForm) {
       "15  CACHE REPLACEMENT POLICY  2            1\n"
       "25  LOCK WAIT LIMIT           7            20\n"
       "74  LISTENER ADDRESSES        two  blanks  \"\"\n";
-  const std::string text = exported("a"), other = "b.json";
-  EXPECT_EQ(0, knobRun({"-S", store("b"), "-O", other, "-JSON"}).status);
-  for (const std::string& a : {store("a"), text}) {
-    for (const std::string& b : {store("b"), other}) {
-      const Outcome run = diff({a, b});
-      EXPECT_EQ(1, run.status) << run.err;
-      EXPECT_EQ("A: " + a + "\nB: " + b + table, run.out);
+  for (const std::string& a : Words{kA, "a.txt"}) {
+    for (const std::string& b : Words{kB, "b.json"}) {
+      const Outcome outcome = diff({a, b});
+      EXPECT_EQ(1, outcome.status) << outcome.err;
+      EXPECT_EQ("A: " + a + "\nB: " + b + table, outcome.out);
     }
   }
-  writeFile(home / "marked", "\xEF\xBB\xBF" + readFile(home / text) + "\n# a comment\n");
-  for (const auto& same : {std::vector{store("a"), text}, std::vector{other, store("b")},
-                           std::vector<std::string>{"marked", text}}) {
-    const Outcome run = diff(same);
-    EXPECT_EQ(0, run.status) << run.err;
-    EXPECT_EQ("", run.out);
+  writeFile(home / "marked", "\xEF\xBB\xBF" + readFile(home / "a.txt") + "\n# a comment\n");
+  for (const Words& same : {Words{kA, "a.txt"}, {"b.json", kB}, {"marked", "a.json"}}) {
+    const Outcome outcome = diff(same);
+    EXPECT_EQ(0, outcome.status) << outcome.err;
+    EXPECT_EQ("", outcome.out);
   }
 }
 
 TEST_F(Diff, ComparesWhatIsAskedFor) {
-  const std::string shortFile =
-      file("Setting ID: 25\nCurrent value:  7\r\nSETTING ID: 48\n\tCurrent Value: 9\n");
+  writeFile(home / "short",
+            "Setting ID: 25\nCurrent value:  7\r\nSETTING ID: 48\n\tCurrent Value: 9\n");
   writeFile(home / "ignored", "  page CACHE size # not this\n\n15\n");
-  const struct {
-    std::vector<std::string> arguments;
-    std::vector<int> ids;
-  } cases[] = {
-      {{shortFile, store("a")}, {48}},
-      {{store("a"), shortFile}, {48}},
-      {{store("a"), store("b"), "--ignore", "ignored"}, {25, 74}},
-      {{"--changed", store("a")}, {48, 25, 74}},
-      {{"--changed", exported("b", {"-JSON"})}, {15}},
+  const std::pair<Words, std::vector<int>> cases[] = {
+      {{"short", kA}, {48}},
+      {{kA, "short"}, {48}},
+      {{kA, kB, "--ignore", "ignored"}, {25, 74}},
+      {{"--changed", kA}, {48, 25, 74}},
+      {{"--changed", "b.json"}, {15}},
   };
-  for (const auto& test : cases) {
-    std::vector<std::string> arguments = test.arguments;
-    arguments.emplace_back("-JSON");
+  const auto told = [&](Words words) {
+    words.emplace_back("-JSON");
+    return json::parse(diff(words).out)["differences"];
+  };
+  for (const auto& [words, wanted] : cases) {
     std::vector<int> ids;
-    const auto told = nlohmann::json::parse(diff(arguments).out);
-    for (const auto& difference : told["differences"]) {
-      ids.push_back(difference["id"]);
-    }
-    EXPECT_EQ(test.ids, ids) << test.arguments[0];
+    for (const json& difference : told(words)) ids.push_back(difference["id"]);
+    EXPECT_EQ(wanted, ids) << words[0];
   }
-  const auto all = nlohmann::json::parse(diff({shortFile, store("a"), "--all", "-JSON"}).out);
-  EXPECT_GT(all["differences"].size(), 100U);
-  EXPECT_TRUE(all["differences"][1]["a"].is_null()) << all["differences"][1];
+  const json all = told({"short", kA, "--all"});
+  EXPECT_GT(all.size(), 100U);
+  EXPECT_TRUE(all[1]["a"].is_null()) << all[1];
 }
 
 TEST_F(Diff, WritesASettingsFileThatTakesTheDifferencesAway) {
-  const Outcome run = diff({"--settings", store("a"), store("b")});
-  EXPECT_EQ(1, run.status);
-  EXPECT_TRUE(run.err.starts_with("knob-diff: setting 74 (LISTENER ADDRESSES) is left out"))
-      << run.err;
-  EXPECT_EQ("", knobRun({"-S", store("b"), "-I", file(run.out)}).err);
-  set("b", "74", "two  blanks");
-  EXPECT_EQ(0, diff({store("a"), store("b")}).status);
+  const Outcome outcome = diff({"--settings", kA, kB});
+  EXPECT_EQ(1, outcome.status);
+  EXPECT_TRUE(outcome.err.starts_with("knob-diff: setting 74 (LISTENER ADDRESSES) is left out"))
+      << outcome.err;
+  writeFile(home / "written", outcome.out);
+  EXPECT_EQ("", run("", {"-S", kB, "-I", "written"}).err);
+  EXPECT_EQ(0, run("", {"-S", kB, "74", "two  blanks"}).status);
+  EXPECT_EQ(0, diff({kA, kB}).status);
 }
 
 TEST_F(Diff, RefusesWhatCannotBeReadBeyondDoubt) {
-  const std::string text = readFile(home / exported("a"));
-  std::string json = readFile(home / exported("a", {"-JSON"}));
-  const std::size_t value = json.find("\"value\": \"") + 10;
+  const std::string text = readFile(home / "a.txt"), inJson = readFile(home / "a.json");
+  const auto withValue = [](std::string whole, const std::string& before, const std::string& by) {
+    return whole.insert(whole.find(before) + before.size(), by);
+  };
+  const std::string value = "\"value\": \"";
   const std::string entry = "Setting ID: 25\nCurrent Value: 7\n";
-  const struct {
-    std::string content;
-    std::string reason;
-  } cases[] = {
+  const std::pair<std::string, std::string> contents[] = {
       {text.substr(0, text.size() - 2), "the export ended early"},
       {text.substr(0, text.size() / 2), "the export ended early"},
-      {std::string(text).replace(text.find("Value: 7\n"), 9, "Value: 7\nx\n"),
-       "holds a line break"},
-      {std::string(text).replace(text.find("Value: 7\n"), 9, "Value: 7\n\tx\n"),
-       "holds a line break"},
+      {withValue(text, "Value: 7\n", "x\n"), "holds a line break"},
+      {withValue(text, "Value: 7\n", "\tx\n"), "holds a line break"},
       {entry + "ERROR! - 7306: damaged\n" + entry, "settings are missing"},
       {"Setting ID: 25\nSetting ID: 26\nCurrent Value: 7\n", "no value before the next id"},
       {"Setting ID: x5\nCurrent Value: 7\n", "an id is not a number"},
       {entry + "Setting ID: 26\n", "the last setting has no value"},
       {"nothing of the kind\n", "it holds no settings"},
       {"", "it is empty"},
-      {json.substr(0, json.size() - 3), "not valid JSON"},
-      {std::string(json).insert(value, "a\"b"), "not valid JSON"},
-      {std::string(json).insert(value, "a\", \"b\": \""), "has members that no setting has"},
-      {std::string(json).insert(value, "\xff"), "not valid JSON"},
+      {inJson.substr(0, inJson.size() - 3), "not valid JSON"},
+      {withValue(inJson, value, "a\"b"), "not valid JSON"},
+      {withValue(inJson, value, "a\", \"b\": \""), "has members that no setting has"},
+      {withValue(inJson, value, "\xff"), "not valid JSON"},
       {"{\"category_list\": 5}", "not an export"},
       {"{}", "not an export"},
   };
-  for (const auto& test : cases) {
-    const Outcome run = diff({file(test.content), store("a")});
-    EXPECT_EQ(2, run.status) << test.reason;
-    EXPECT_EQ("", run.out);
-    EXPECT_NE(run.err.find(test.reason), std::string::npos) << run.err;
-    EXPECT_EQ(run.err.find('\n') + 1, run.err.size()) << "more than one line: " << run.err;
-  }
-}
-
-TEST_F(Diff, ReportsTroubleWithTheSideThatHasIt) {
-  writeFile(home / "damaged.db", "no store");
-  const struct {
-    std::vector<std::string> arguments;
-    std::string reason;
-  } cases[] = {
-      {{store("a"), store("damaged")}, store("damaged") + ": 7307"},
-      {{"absent", store("a")}, "absent: No such file"},
-      {{".", store("a")}, ".: Is a directory"},
-      {{store("a")}, "two servers or settings files are needed"},
-      {{"--changed", store("a"), store("b")}, "--changed takes one"},
-      {{store("a"), store("b"), "--most"}, "unknown option: --most"},
-      {{store("a"), store("b"), "--ignore"}, "the option --ignore needs a value"},
-      {{store("a"), store("b"), "--ignore", "absent"}, "absent: No such file"},
-      {{"nowhere://x", store("b")}, "nowhere://x: 7104"},
-      {{"", store("b")}, "a server or a file is named by an empty text"},
+  std::vector<std::pair<Words, std::string>> cases = {
+      {{kA, "file:damaged"}, "file:damaged: 7307"},
+      {{"absent", kA}, "absent: No such file"},
+      {{".", kA}, ".: Is a directory"},
+      {{kA}, "two servers or settings files are needed"},
+      {{"--changed", kA, kB}, "--changed takes one"},
+      {{kA, kB, "--most"}, "unknown option: --most"},
+      {{kA, kB, "--ignore"}, "the option --ignore needs a value"},
+      {{kA, kB, "--ignore", "absent"}, "absent: No such file"},
+      {{"nowhere://x", kB}, "nowhere://x: 7104"},
+      {{"", kB}, "a server or a file is named by an empty text"},
   };
-  for (const auto& test : cases) {
-    const Outcome run = diff(test.arguments);
-    EXPECT_EQ(2, run.status) << test.reason;
-    EXPECT_NE(run.err.find("knob-diff: " + test.reason), std::string::npos) << run.err;
+  writeFile(home / "damaged", "no store");
+  for (const auto& [content, reason] : contents) {
+    const std::string name = "content" + std::to_string(cases.size());
+    writeFile(home / name, content);
+    cases.push_back({{name, kA}, reason});
   }
-  Process full = process({store("a"), store("b")});
-  full.outTo = "/dev/full";
-  EXPECT_EQ(2, full.run().status);
+  for (const auto& [words, reason] : cases) {
+    const Outcome outcome = diff(words);
+    EXPECT_EQ(2, outcome.status) << reason;
+    EXPECT_EQ("", outcome.out);
+    EXPECT_TRUE(outcome.err.starts_with("knob-diff: "));
+    EXPECT_NE(outcome.err.find(reason), std::string::npos) << outcome.err;
+    EXPECT_EQ(outcome.err.find('\n') + 1, outcome.err.size()) << outcome.err;
+  }
+  EXPECT_EQ(2, run("-diff", {kA, kB}, "/dev/full").status);
 }
 
 TEST(DiffSide, HandsPasswordsOnThroughTheEnvironmentAlone) {

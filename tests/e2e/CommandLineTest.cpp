@@ -1,15 +1,8 @@
-// The program as a process: what it says to a command line, to streams that cannot be written and
-// to a missing connection, and which calls it makes.
-#include <algorithm>
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-
-#include "support/Process.h"
-#include "support/TempFolder.h"
+// The program as a process: what it makes of a command line, what it says to streams that cannot be
+// written and to a missing connection, and which calls it makes.
+#include "e2e/Home.h"
 
 namespace {
-
-using nlohmann::json;
 
 const std::string kBanner =
     "Configuration Utility 15.21.016.000\nCopyright (c) 2026 The knob developers\n\n";
@@ -17,156 +10,143 @@ const std::string kInvalid =
     "Invalid command: wrong combination of arguments, or an ID or value that is not a number or is "
     "out of range.\n";
 
-TEST(CommandLine, ReportsMisuseInTheChosenForm) {
-  const struct {
-    std::vector<std::string> arguments;
-    int status;
-    std::string err;        // all of it
-    std::string jsonError;  // of a JSON run; "-" for a run in text
-    bool banner = true;
-  } cases[] = {
-      {{}, 0, "", "-"},
-      {{"--Username", "x"}, 1, "Unknown option: --Username\n", "-", false},
-      {{"25", "12abc"}, 1, kInvalid, "-"},
-      {{"-O", "a", "-I", "b"}, 0, kInvalid, "-"},
-      {{"-json"}, 0, "", ""},
-      {{"25", "-Json"}, 1, "", "Unknown option: -Json"},
-      {{"-JSON", "abc"}, 1, "", "Invalid Command"},
-  };
-  TempFolder home;
-  for (const auto& test : cases) {
-    const Outcome run = knob(home.path(), test.arguments).run();
-    SCOPED_TRACE(testing::PrintToString(test.arguments));
-    EXPECT_EQ(test.status, run.status);
-    EXPECT_EQ(test.err, run.err);
-    EXPECT_NE(run.out.find("knob -O <outputFile>"), std::string::npos) << run.out;
-    if (test.jsonError == "-") {
-      EXPECT_EQ(test.banner, run.out.starts_with(kBanner)) << run.out;
-      continue;
-    }
-    ASSERT_TRUE(
-        run.out.starts_with("\n{\n\t\"title\": \"Configuration Utility\",\n"
-                            "\t\"version\": \"15.21.016.000\",\n"))
-        << run.out;
-    const json object = json::parse(run.out);
-    EXPECT_EQ(test.jsonError, object.value("error", ""));
-    EXPECT_EQ(7U, object["usage"].size());
-  }
-}
+using CommandLine = Home;
 
-TEST(CommandLine, ReportsAFailedConnectionInTheChosenForm) {
-  TempFolder home;
+TEST_F(CommandLine, ReportsMisuseAndAFailedConnectionInTheChosenForm) {
+  const std::string noValue = " requires a value. The value must not begin with a hyphen.\n";
   const std::string fits(255, 'x'), tooLong = std::string(254, 'x') + "\u00e4";
-  const std::pair<std::vector<std::string>, std::string> cases[] = {
-      {{"25", "-S", fits, "-U", fits, "-P", fits}, "7104: "},
-      {{"25", "-S", tooLong}, "7101: The server name is longer than 255 bytes.\n"},
-      {{"25", "-U", tooLong}, "7102: "},
-      {{"25", "-P", tooLong}, "7103: "},
-      {{"25", "5", "-S", "file:" + home.path()}, "7302: "}};
-  for (const auto& [arguments, said] : cases) {
-    const Outcome text = knob(home.path(), arguments).run();
-    EXPECT_EQ(1, text.status);
-    EXPECT_EQ(kBanner, text.out);
-    EXPECT_TRUE(text.err.starts_with(said)) << text.err;
-    EXPECT_EQ(1, std::count(text.err.begin(), text.err.end(), '\n'));
-    std::vector<std::string> inJson = arguments;
-    inJson.push_back("-JSON");
-    EXPECT_EQ(text.err,
-              json::parse(knob(home.path(), inJson).run().out)["error"].get<std::string>() + "\n");
-  }
-  // The export's object is in its file: neither header nor brace on the screen.
-  EXPECT_EQ("\t\"error\": \"7105:",
-            knob(home.path(), {"-O", home / "x", "-U", "me", "-JSON"}).run().out.substr(0, 16));
-}
-
-TEST(CommandLine, FailsWhenItsOutputCannotBeWritten) {
-  TempFolder home;
+  enum Shown { kUsage, kBannerAndUsage, kBannerOnly };
   const struct {
-    std::vector<std::string> arguments;
-    std::string out, err;
+    Words arguments;
     int status;
-    std::string said;
+    std::string said;  // what it begins with
+    Shown shown = kUsage;
   } cases[] = {
-      {{"25"}, "/dev/full", "", 28, "0x8007011C"}, {{"25", "5"}, "/dev/full", "", 28, "0x8007011C"},
-      {{"25", "5"}, "-", "", 9, "0x80070109"},     {{"-H", "e"}, "|", "", 32, "0x80070120"},
-      {{"-x"}, "", "/dev/full", 28, ""},           {{"25"}, "-", "-", 9, ""},
+      {{}, 0, "", kBannerAndUsage},
+      {{"--Username", "x"}, 1, "Unknown option: --Username\n"},
+      {{"-Of%s\u20ac"}, 1, "Unknown option: -Of%s\u20ac\n"},
+      {{"25", "-5"}, 1, "Unknown option: -5\n"},
+      {{"-"}, 1, "Unknown option: -\n"},
+      {{"-P", "-secret"}, 1, "Option -P" + noValue},
+      {{"25", "12abc"}, 1, kInvalid, kBannerAndUsage},
+      {{""}, 1, kInvalid, kBannerAndUsage},
+      {{"-O", "a", "-I", "b"}, 0, kInvalid, kBannerAndUsage},
+      {{"-H", "k", "25"}, 0, kInvalid, kBannerAndUsage},
+      {{"25", "-S", fits, "-U", fits, "-P", fits}, 1, "7104: ", kBannerOnly},
+      {{"25", "-S", tooLong}, 1, "7101: The server name is longer than 255 bytes.\n", kBannerOnly},
+      {{"25", "-U", tooLong}, 1, "7102: ", kBannerOnly},
+      {{"25", "-P", tooLong}, 1, "7103: ", kBannerOnly},
+      {{"25", "5", "-S", "file:" + home.path()}, 1, "7302: ", kBannerOnly},
   };
-  for (const auto& test : cases) {
-    Process process = knob(home.path(), test.arguments);
-    process.outTo = test.out;
-    process.errTo = test.err;
-    const Outcome run = process.run();
-    SCOPED_TRACE(testing::PrintToString(test.arguments) + test.out + test.err);
-    EXPECT_EQ(test.status, run.status);
-    EXPECT_NE(run.err.find(test.said), run.err.npos) << run.err;
-    EXPECT_LE(std::count(run.err.begin(), run.err.end(), '\n'), 1);
+  for (const auto& [arguments, status, said, shown] : cases) {
+    SCOPED_TRACE(testing::PrintToString(arguments));
+    const Outcome text = run(arguments);
+    EXPECT_EQ(status, text.status);
+    EXPECT_TRUE(text.err.starts_with(said)) << text.err;
+    EXPECT_EQ(said.empty() ? 0 : 1, std::count(text.err.begin(), text.err.end(), '\n'));
+    EXPECT_EQ(shown != kUsage, text.out.starts_with(kBanner)) << text.out;
+    EXPECT_EQ(shown == kBannerOnly, text.out.find("knob -O <outputFile>") == text.out.npos);
+    Words words = arguments;
+    words.insert(words.begin(), "-json");
+    const Outcome asJson = run(words);
+    EXPECT_EQ(status, asJson.status);
+    EXPECT_EQ("", asJson.err);
+    EXPECT_TRUE(
+        asJson.out.starts_with("\n{\n\t\"title\": \"Configuration Utility\",\n"
+                               "\t\"version\": \"15.21.016.000\",\n"));
+    const json object = json::parse(asJson.out);
+    EXPECT_EQ(said == kInvalid ? "Invalid Command" : text.err.substr(0, text.err.find('\n')),
+              object.value("error", ""));
+    EXPECT_EQ(shown == kBannerOnly ? 0U : 7U, object.value("usage", json()).size());
   }
-  EXPECT_FALSE(std::filesystem::exists(home / "state")) << "a set that could not be told was made";
+  EXPECT_EQ("Unknown option: -Json", inJson({"25", "-Json"})["error"]);
+  EXPECT_NE(std::string::npos, run({"-JSON", "--SERVER"}).out.find("Option --SERVER requires"));
+  // The export's object is in its file: neither header nor brace on the screen.
+  const std::string failed = run({"-O", home / "x", "-U", "me", "-JSON"}).out;
+  EXPECT_TRUE(failed.starts_with("\t\"error\": \"7105:") && failed.ends_with("\"\n")) << failed;
 }
 
-TEST(CommandLine, TracesOnDemand) {
-  TempFolder home;
-  const std::string values = "Set Id:  25\n\tValue : 7\n\tValue : 8\n";
-  const std::pair<const char*, std::string> cases[] = {
-      {"finer", values + "Inside setValue() for ID: 25\n"}, {"warning", ""}, {"loud", ""}};
-  for (const auto& [level, trace] : cases) {
-    EXPECT_EQ(kBanner + trace + "Setting 25 was updated.\n",
-              knob(home.path(), {"25", "7", "8", "-D", level}).run().out);
+// In every form of the options.
+TEST_F(CommandLine, TracesOnDemand) {
+  const std::string file = home / "file";
+  writeFile(file, "Setting ID: 25\nCurrent Value:\nSetting ID: 25\nCurrent Value: 6\n");
+  const std::string read = "inputFile: " + file + "\nInside readConfiguration, filename: " + file;
+  const std::string written = "outputFile: " + file +
+                              "\nInside writeConfiguration(), filename: " + file +
+                              "\nInside printCategoryDetails() for ID: 1\n";
+  const std::pair<Words, std::string> cases[] = {
+      {{"25", "7", "8", "-D", "warning"}, "Setting 25 was updated.\n"},
+      {{"25", "7", "8", "-D", "loud"}, "Setting 25 was updated.\n"},
+      {{"25", "7", "8", "-D", "finer"},
+       "Set Id:  25\n\tValue : 7\n\tValue : 8\nInside setValue() for ID: 25\nSetting 25 was "
+       "updated.\n"},
+      {{"--DEBUG", "ALL", "25"}, "Id Detail - ID:  25\nInside printIDDetails() for ID: 25\n==="},
+      {{"-I", file, "-E", "-D", "FINER"}, read + "\nInside setValue() for ID: 25\nImport of "},
+      {{"-i", file, "-e", "-d", "finest"}, read + "\nInside getTagValue() for tag: Setting ID:"},
+      {{"--INPUTFILE", file, "--IGNORE_ERR", "--DEBUG", "finer"}, read + "\nInside setValue()"},
+      {{"-H", "q", "-D", "finer"}, "search string: q\nInside printMatchingIDs() for String: q\n"},
+      {{"--KEYWORD", "q", "-h", "r", "-d", "finer"}, "search string: r\n"},
+      {{"-O", file, "-F", "-D", "finer"}, written},
+      {{"-o", file, "-f", "-d", "finer"}, written},
+      {{"--OUTPUTFILE", file, "--SUPPRESS_PROMPT", "--DEBUG", "finer"}, written},
+  };
+  for (const auto& [arguments, trace] : cases) {
+    const Outcome told = run(arguments);
+    EXPECT_TRUE(told.out.starts_with(kBanner + trace)) << told.out.substr(0, 1000);
+    EXPECT_EQ(told.err.npos, told.err.find("stopped here"));
   }
 }
 
-TEST(CommandLine, ShowsNoPassword) {
-  TempFolder home;
-  const std::vector<std::string> cases[] = {
-      {"25", "-P", "secret"},
-      {"-p", "secret", "--PASSWORD", "secret"},
-      {"-P", "secret", "-x"},
-      {"-P", "-P", "secret"},
-      {"-x", "-P", "-secret"},
-      {"-P", "secret", "25", "-D", "ALL", "-U", "me"},
-      {"25", "-D", "ALL", "-S", "postgresql://u:secret@[::1]:1/d"},
-      {"-S", "etcd://u:secret@[::1]:1/p", "25", "9"},
-      {"-S", "postgres://[::1]:1?x=1&password=secret&sslpassword=secret"}};
+TEST_F(CommandLine, ShowsNoPassword) {
+  const Words cases[] = {{"25", "-P", "secret"},
+                         {"-p", "secret", "--PASSWORD", "secret"},
+                         {"-P", "secret", "-x"},
+                         {"-P", "-P", "secret"},
+                         {"-x", "-P", "-secret"},
+                         {"-P", "secret", "25", "-D", "ALL", "-U", "me"},
+                         {"25", "-D", "ALL", "-S", "postgresql://u:secret@[::1]:1/d"},
+                         {"-S", "etcd://u:secret@[::1]:1/p", "25", "9"},
+                         {"-S", "postgres://[::1]:1?x=1&password=secret&sslpassword=secret"}};
   for (const auto& arguments : cases) {
-    const std::string record = home / "record";
-    std::filesystem::remove(record);
-    Process process = knob(home.path(), arguments);
-    process.environment["LD_PRELOAD"] = KNOB_RECORDER_PRELOAD;
-    process.environment["TN_RECORD_ARGUMENTS"] = record;
-    const Outcome run = process.run();
-    EXPECT_EQ(std::string::npos, (run.out + run.err).find("secret")) << run.out << run.err;
-    EXPECT_NE(std::string::npos, readFile(record).find("***")) << testing::PrintToString(arguments);
-    EXPECT_EQ(std::string::npos, readFile(record).find("secret"));
+    const Outcome told = recorded(arguments);
+    const std::string left = readFile(home / "arguments");
+    EXPECT_EQ(std::string::npos, (left + told.out + told.err).find("secret")) << told.out;
+    EXPECT_NE(std::string::npos, left.find("***")) << testing::PrintToString(arguments);
   }
 }
 
-// The calls of the interface that every command makes, and those of a change.
-TEST(CommandLine, CallsTheInterfaceInOrder) {
+// With TnStart, TnStop follows once on every path.
+TEST_F(CommandLine, CallsTheInterfaceInOrder) {
+  const std::string start = "TnStart 0\nTnConnectServer ", stop = "TnStop 0\n";
+  const std::string leave = "TnDisconnect 1\n" + stop;
+  const std::string local = start + "localhost  \n", x1023(1023, 'x');
+  const auto info = [](const std::string& id) {
+    return "TnGetSettingInfo 1 " + id + "\nTnIsSettingAvailable 1 " + id + "\n";
+  };
+  char host[256] = {};
+  gethostname(host, sizeof host);
   const struct {
-    std::vector<std::string> arguments;
+    Words arguments;
     std::string calls;
+    std::string answer = "none=";
   } cases[] = {
-      {{"25", "5"},
-       "TnStart TnConnectServer TnGetSettingInfo TnIsSettingAvailable TnSetLongValue TnDisconnect "
-       "TnStop "},
-      {{"25", "x"},
-       "TnStart TnConnectServer TnGetSettingInfo TnIsSettingAvailable TnDisconnect TnStop "},
-      {{"-S", "localhost"}, "TnStart TnConnectServer TnDisconnect TnStop "},
-      {{"25", "-S", "nowhere:5"}, "TnStart TnConnectServer refused TnStop "},
-      {{"25", "-U", std::string(256, 'u')}, "TnStart TnStop "},
+      {{"25", "5", "-S", "localhost"}, local + info("25") + "TnSetLongValue 1 25 5 2\n" + leave},
+      {{"25", "x", "-S", "one", "-S", ""}, start + host + "  \n" + info("25") + leave},
+      {{"74", x1023, "-S", "localhost"},
+       local + info("74") + "TnSetStringValue 1 74 " + x1023 + " 2\n" + leave},
+      {{"74", x1023 + "x", "-s", "localhost"}, local + info("74") + leave},
+      {{"--SERVER", "localhost"}, local + leave},
+      {{"9", "-S", "localhost"}, local + "TnGetSettingInfo 1 9\n" + leave, "TnGetSettingInfo=7005"},
+      {{"-S", "localhost"}, local + leave, "TnDisconnect=7012"},
+      {{"-S", "s:5", "-U", "u", "-P", "p"}, start + "s:5 u p\n" + stop},
+      {{"-s", "s:5", "-p", "p", "-u", "u"}, start + "s:5 u p\n" + stop},
+      {{"--SERVER", "s:5", "--USERNAME", "u", "--PASSWORD", "p"}, start + "s:5 u p\n" + stop},
+      {{"25", "-U", std::string(256, 'u')}, "TnStart 0\n" + stop},
       {{}, ""},
   };
-  TempFolder home;
   for (const auto& test : cases) {
-    const std::string record = home / "record";
-    std::filesystem::remove(record);
-    Process process = knob(home.path(), test.arguments);
-    process.environment["LD_PRELOAD"] = KNOB_RECORDER_PRELOAD;
-    process.environment["TN_RECORD"] = record;
-    process.run();
-    std::string calls = readFile(record);
-    std::replace(calls.begin(), calls.end(), '\n', ' ');
-    EXPECT_EQ(test.calls, calls);
+    recorded(test.arguments, test.answer);
+    EXPECT_EQ(test.calls, readFile(home / "calls"));
   }
 }
 

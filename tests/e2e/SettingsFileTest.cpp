@@ -1,81 +1,11 @@
 // Exporting all settings of the local engine and importing them again, with the program as a
 // process.
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
+#include <sys/stat.h>
+#include <thread>
 
-#include "support/Process.h"
-#include "support/TempFolder.h"
+#include "e2e/Home.h"
 
 namespace {
-
-using nlohmann::json;
-
-const std::string kIdTag = "Setting ID:";
-const std::string kValueTag = "Current Value:";
-
-class SettingsFile : public testing::Test {
- protected:
-  Outcome run(std::vector<std::string> arguments) const {
-    return knob(home.path(), arguments).run();
-  }
-
-  std::string exported() const {
-    const Outcome written = run({"-O", home / "new//folder/export", "-F"});
-    EXPECT_EQ(0, written.status);
-    EXPECT_EQ("", written.err);
-    return readFile(home / "new/folder/export");
-  }
-
-  Outcome import(const std::string& content, std::vector<std::string> arguments = {}) const {
-    writeFile(home / "import", content);
-    arguments.insert(arguments.begin(), {"-I", home / "import"});
-    return run(arguments);
-  }
-
-  // A settings file that changes every setting, to a value that is hard to carry where it can be.
-  std::string awkwardSettings() const {
-    writeFile(home / "all.json", "replaced without a question");
-    const Outcome written = run({"-O", home / "all.json", "-JSON"});
-    EXPECT_EQ("", written.out + written.err);
-    std::string content;
-    const json all = json::parse(readFile(home / "all.json"));
-    for (const json& category : all["category_list"]) {
-      for (const json& setting : category["settings_list"]) {
-        content += kIdTag + " " + setting["id"].dump() + "\n" + kValueTag + " " +
-                   awkwardValue(setting) + "\n";
-      }
-    }
-    return content;
-  }
-
-  TempFolder home;
-
- private:
-  static std::string awkwardValue(const json& setting) {
-    const std::string value = setting["value"];
-    const json& options = setting["options"];
-    switch (setting["type"].get<int>()) {
-      case 0:
-        return options[options[0]["value"] == value ? 1 : 0]["value"];
-      case 1: {
-        const std::string most = setting["range"][0]["max_range"];
-        const std::string least = setting["range"][0]["min_range"].dump();
-        return most.find(' ') != most.npos ? "2147483647" : most != value ? most : least;
-      }
-      case 2:
-        // A setting with a short default may take short values only.
-        return value.size() < 12 ? "\\\"\xC3\xA9" : "\\n \xC3\xA9\xF0\x9F\x94\xA7\xFF \"%s\" ID:";
-      case 3:
-        return value == "0" ? "1" : "0";
-      default: {
-        std::string all;
-        for (const json& option : options) all += option["index"].dump() + " ";
-        all.pop_back();
-        return all == value ? "0" : all;
-      }
-    }
-  }
-};
 
 std::string replaced(std::string text, const std::string& from, const std::string& to) {
   for (std::size_t at = 0; (at = text.find(from, at)) != text.npos; at += to.size()) {
@@ -84,39 +14,75 @@ std::string replaced(std::string text, const std::string& from, const std::strin
   return text;
 }
 
-TEST_F(SettingsFile, OfAnUntouchedEngineChangesNothing) {
-  const std::string content = exported();
-  const std::string rule(39, '=');
-  EXPECT_NE(content.find("\n" + rule + "\nCATEGORY 7: LOCKING\tCHANGED SETTINGS: 0\n" + rule +
-                         "\nNumber of settings: 8\n"
-                         "===============\nLOCK WAIT LIMIT\n===============\n"
-                         "\tSetting ID: 25\n\tCurrent Value: 20\n\tRange: 0 to 3600\n"
-                         "\tDefault Value: 20\n\tDescription (server setting): Seconds"),
-            content.npos);
-  EXPECT_TRUE(
-      content.ends_with("\n\tSettings exported to " + (home / "new//folder/export") + ".\n"));
-  const Outcome run = import(content);
-  EXPECT_EQ(0, run.status);
-  EXPECT_EQ("", run.err);
-  EXPECT_TRUE(
-      run.out.ends_with("\n\nImport of " + (home / "import") +
-                        " finished. Settings that were not applied are reported on standard "
-                        "error.\nChanges that require a restart take effect when the engine is "
-                        "restarted.\n"))
-      << run.out;
-  EXPECT_FALSE(std::filesystem::exists(home / "state"));
+std::string entry(const std::string& id, const std::string& value) {
+  return "Setting ID:" + id + "\nCurrent Value:" + value + "\n";
 }
 
+// Another value, one that is hard to carry where it can be.
+std::string awkwardValue(const json& setting) {
+  const std::string value = setting["value"];
+  const json& options = setting["options"];
+  switch (setting["type"].get<int>()) {
+    case 0:
+      return options[options[0]["value"] == value ? 1 : 0]["value"];
+    case 1: {
+      const json& limits = setting["range"][0];
+      const std::string most = limits["max_range"].dump();
+      if (limits["max_range"].is_string()) return "2147483647";
+      return most != value ? most : limits["min_range"].dump();
+    }
+    case 2:
+      // A setting with a short default may take short values only.
+      return value.size() < 12 ? "\\\"\xC3\xA9" : "\\n \xC3\xA9\xF0\x9F\x94\xA7\xFF \"%s\" ID:";
+    case 3:
+      return value == "0" ? "1" : "0";
+    default:
+      return value == "0 1" ? "0" : "0 1";
+  }
+}
+
+class SettingsFile : public Home {
+ protected:
+  std::string exported() const {
+    const Outcome written = run({"-O", home / "new//folder/export", "-F"});
+    EXPECT_EQ("", written.err);
+    return readFile(home / "new/folder/export");
+  }
+
+  Outcome import(const std::string& content, Words arguments = {}) const {
+    writeFile(home / "import", content);
+    arguments.insert(arguments.begin(), {"-I", home / "import"});
+    return run(arguments);
+  }
+};
+
 TEST_F(SettingsFile, CarriesEveryValue) {
-  const std::string defaults = exported();
-  ASSERT_EQ("", import(awkwardSettings()).err);
+  const std::string defaults = exported(), rule = "\n" + std::string(39, '=') + "\n";
+  EXPECT_NE(defaults.find(rule + "CATEGORY 7: LOCKING\tCHANGED SETTINGS: 0" + rule +
+                          "Number of settings: 8\n===============\nLOCK WAIT LIMIT\n"),
+            defaults.npos);
+  EXPECT_TRUE(
+      defaults.ends_with("\n\tSettings exported to " + (home / "new//folder/export") + ".\n"));
+  EXPECT_TRUE(import(defaults).out.ends_with(
+      "\n\nImport of " + (home / "import") +
+      " finished. Settings that were not applied are reported on standard error.\n"
+      "Changes that require a restart take effect when the engine is restarted.\n"));
+  EXPECT_FALSE(std::filesystem::exists(home / "state")) << "nothing was to be changed";
+
+  std::string content;
+  for (int id = 1; id <= 301; ++id) {
+    const json setting = inJson({std::to_string(id)});
+    if (setting.contains("error")) continue;
+    content += entry(" " + std::to_string(id), " " + awkwardValue(setting));
+  }
+  ASSERT_EQ("", import(content).err);
   const std::string changed = exported();
   EXPECT_EQ(changed.npos, changed.find("CHANGED SETTINGS: 0\n")) << "a category was not changed";
   EXPECT_NE(changed.npos, changed.find("3600\n\tRange: 0 to 3600\n\tDefault Value: 20\n"));
   const std::string forms[] = {changed, replaced(changed, "\n", "\r\n"),
                                // Indented by a person, and in other case.
-                               replaced(replaced(changed, "\t" + kIdTag, " \t  SETTING id:"),
-                                        "\t" + kValueTag, "current VALUE:\t ")};
+                               replaced(replaced(changed, "\tSetting ID:", " \t  SETTING id:"),
+                                        "\tCurrent Value:", "current VALUE:\t ")};
   for (const std::string& form : forms) {
     ASSERT_EQ("", import(defaults).err);
     ASSERT_EQ(defaults, exported());
@@ -125,50 +91,36 @@ TEST_F(SettingsFile, CarriesEveryValue) {
   }
 }
 
-TEST_F(SettingsFile, StaysWhenTheStoreCannotBeRead) {
-  writeFile(home / "bad.db", "no store");
-  writeFile(home / "out", "good");
-  const Outcome failed = run({"-O", home / "out", "-F", "-S", "file:" + (home / "bad.db")});
-  EXPECT_EQ(1, failed.status);
-  EXPECT_TRUE(failed.err.starts_with("7307: ")) << failed.err;
-  EXPECT_EQ("good", readFile(home / "out"));
-}
-
 TEST_F(SettingsFile, IsNotReplacedWithoutAYes) {
-  const struct {
-    std::string answer;
-    bool replaced;
-    bool warned = false;
-  } cases[] = {{"n\n", false},
-               {" y\n", false},
-               {"", false, true},
-               {"\n\nY\n", true},
-               {std::string(24, '\n') + "y", true},
-               {std::string(25, '\n') + "y", true, true},
-               {std::string(26, '\n') + "y", false, true}};
-  for (const auto& test : cases) {
+  const std::string warning = "No answer after 25 lines. The next line is the last attempt.\n";
+  const std::string no = "Export canceled. The file was not changed.\n";
+  // The answer and the end of what is said; nothing when the file is replaced.
+  const std::pair<std::string, std::string> cases[] = {
+      {"n\n", ")? " + no},
+      {" y\n", ")? " + no},
+      {"", ")? \n" + warning + no},
+      {"\n\nY\n", ")? "},
+      {std::string(24, '\n') + "y", ")? "},
+      {std::string(25, '\n') + "y", ")? \n" + warning},
+      {std::string(26, '\n') + "y", ")? \n" + warning + no}};
+  Process process = knob(home.path(), {"-O", home / "file"});
+  for (const auto& [answer, said] : cases) {
     writeFile(home / "file", "mine");
-    Process process = knob(home.path(), {"-O", home / "file"});
-    process.input = test.answer;
+    process.input = answer;
     const Outcome outcome = process.run();
     EXPECT_EQ(0, outcome.status);
-    EXPECT_EQ(test.replaced, readFile(home / "file") != "mine");
-    EXPECT_EQ(!test.replaced,
-              outcome.out.ends_with("Export canceled. The file was not changed.\n"));
-    EXPECT_EQ(
-        test.warned,
-        outcome.out.find("\nNo answer after 25 lines. The next line is the last attempt.\n") !=
-            std::string::npos);
+    EXPECT_TRUE(outcome.out.ends_with("Overwrite it (y/n" + said)) << outcome.out;
+    EXPECT_EQ(said.ends_with(no), readFile(home / "file") == "mine");
   }
-  Process endless = knob(home.path(), {});
-  endless.arguments = {"/bin/sh", "-c",
-                       "ulimit -v " KNOB_MEMORY_LIMIT "; '" + endless.arguments[0] + "' -O '" +
+  writeFile(home / "file", "mine");
+  process.arguments = {"/bin/sh", "-c",
+                       "ulimit -v " KNOB_MEMORY_LIMIT "; '" + process.arguments[0] + "' -O '" +
                            home / "file" + "' </dev/zero"};
-  EXPECT_EQ(0, endless.run().status);
+  EXPECT_EQ(0, process.run().status) << "an answer without end";
   EXPECT_EQ("mine", readFile(home / "file"));
 }
 
-TEST_F(SettingsFile, ArrivesWholeInASlowPipe) {
+TEST_F(SettingsFile, MayBeAPipe) {
   const std::string content = exported();
   Process slow = knob(home.path(), {});
   slow.arguments = {"/bin/sh", "-c",
@@ -176,74 +128,86 @@ TEST_F(SettingsFile, ArrivesWholeInASlowPipe) {
   const std::string received = slow.run().out;
   EXPECT_EQ(content.substr(0, content.rfind('\t')),
             received.substr(received.find("=="), content.rfind('\t')));
+
+  mkfifo((home / "pipe").c_str(), 0600);
+  std::thread writer([&] { writeFile(home / "pipe", entry("25", "5") + entry("28", "9")); });
+  EXPECT_EQ("", run({"-I", home / "pipe"}).err);
+  writer.join();
+  EXPECT_NE(std::string::npos, run({"28"}).out.find("Current Value: 9\n"));
 }
 
 TEST_F(SettingsFile, ThatCannotBeWrittenOrReadIsAFailure) {
-  std::filesystem::create_directory(home / "locked");
-  std::filesystem::permissions(home / "locked", std::filesystem::perms{0555});
-  writeFile(home / "secret", "");
-  std::filesystem::permissions(home / "secret", std::filesystem::perms{0});
+  namespace fs = std::filesystem;
+  ASSERT_EQ("", run({"25", "5", "-S", "file:" + (home / "store")}).err);
+  fs::create_symlink("store", home / "link");
+  fs::create_directory(home / "locked");
+  fs::permissions(home / "locked", fs::perms{0555});
+  for (const char* const name : {"secret", "bad", "out"}) writeFile(home / name, name);
+  fs::permissions(home / "secret", fs::perms{0});
+  const std::string store = readFile(home / "store");
   const std::string denied = "permission denied (status 0x80070005).\n";
+  const std::string absent = "no such file or directory (status 0x80070002).\n";
   const struct {
-    std::vector<std::string> arguments;
+    Words arguments;
     int status;
     std::string said;
+    std::string out{}, err{};
     uid_t user = 0;
     long limit = -1;
   } cases[] = {
+      {{"25"}, 28, "0x8007011C", "/dev/full"},
+      {{"25", "5"}, 9, "0x80070109", "-"},
+      {{"-H", "e"}, 32, "0x80070120", "|"},
+      {{"-x"}, 28, "", "", "/dev/full"},
+      {{"25"}, 9, "", "-", "-"},
       {{"-O", "/dev/full", "-F"}, 28, "0x8007011C"},
       {{"-O", "/dev/full", "-F", "-JSON"}, 28, "0x8007011C"},
-      {{"-O", "new/folder/short"}, 27, "0x8007011B", 0, 5000},
+      {{"-O", "new/folder/short"}, 27, "0x8007011B", "", "", 0, 5000},
       {{"-O", home.path(), "-F"}, 21, "0x80070115"},
       // A bare name is told with its folder.
-      {{"-O", "bare"}, 1, "Cannot create file " + (home / "locked/bare: ") + denied, kNobody},
-      {{"-O", home / "locked/folder/new"}, 1, denied, kNobody},
-      {{"-I", home / "missing"},
-       1,
-       "Cannot read file " + (home / "missing: ") +
-           "no such file or directory (status 0x80070002).\n"},
-      {{"-I", home / "secret"}, 1, "/secret: " + denied, kNobody},
+      {{"-O", "bare"}, 1, "create file " + (home / "locked/bare: ") + denied, "", "", kNobody},
+      {{"-O", home / "locked/folder/new"}, 1, denied, "", "", kNobody},
+      {{"-O", home / "link", "-F", "-S", "file:" + (home / "store")}, 1, "/link: knob has this "},
+      // An open file that came from the program's caller is not the engine's.
+      {{"-O", "/dev/fd/0", "-F"}, 0, ""},
+      {{"-O", home / "out", "-F", "-S", "file:" + (home / "bad")}, 1, "7307: "},
+      {{"-I", home / "missing"}, 1, "Cannot read file " + (home / "missing: ") + absent},
+      {{"-I", home / "secret"}, 1, "/secret: " + denied, "", "", kNobody},
       {{"-I", home.path()}, 21, "0x80070115"},
   };
   for (const auto& test : cases) {
     Process process = knob(home.path(), test.arguments);
     process.folder = test.user == 0 ? home.path() : home / "locked";
+    process.outTo = test.out;
+    process.errTo = test.err;
     process.user = test.user;
     process.fileLimit = test.limit;
     const Outcome outcome = process.run();
     SCOPED_TRACE(testing::PrintToString(test.arguments));
     EXPECT_EQ(test.status, outcome.status);
     EXPECT_NE(outcome.err.find(test.said), std::string::npos) << outcome.err;
+    EXPECT_TRUE(test.out.empty() || outcome.err.find('\n') + 1 == outcome.err.size());
     EXPECT_EQ(std::string::npos, outcome.out.find("applied"));
   }
-}
-
-TEST_F(SettingsFile, DoesNotReplaceTheStoreThatItIsReadFrom) {
-  ASSERT_EQ("", run({"25", "5", "-S", "file:" + (home / "store")}).err);
-  const std::string store = readFile(home / "store");
-  std::filesystem::create_symlink("store", home / "link");
-  const Outcome outcome = run({"-O", home / "link", "-F", "-S", "file:" + (home / "store")});
-  EXPECT_EQ(1, outcome.status);
-  EXPECT_NE(outcome.err.find("/link: knob has this file open"), std::string::npos);
+  EXPECT_FALSE(std::filesystem::exists(home / "state")) << "a set that could not be told was made";
+  EXPECT_EQ("out", readFile(home / "out"));
   EXPECT_EQ(store, readFile(home / "store"));
 }
 
 TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
-  const auto setting = [](const std::string& id, const std::string& value) {
-    return kIdTag + id + "\n" + kValueTag + value + "\n";
-  };
   // What is said of a value that the engine refuses.
   const auto refused = [this](const std::string& id, const std::string& value) {
     const std::string reason = run({id, value}).err;
     return reason.substr(0, reason.find('\n')) + " (Setting " + id + ")\n";
   };
-  const std::string good = setting("25", "5");
+  const std::string good = entry("25", "5");
   const std::string noValue = "Setting 25 was not changed: the file has no value for it.\n";
+  const std::string noId = "Setting skipped: its ID is not a number or is out of range: ";
   const std::string ended = "Import of " + (home / "import") +
                             " stopped here; earlier settings were applied. Use -E to continue past "
                             "missing values.\n\n";
-  const std::string empty = setting("25", " \t");
-  const std::string wrong = setting("9999", "1") + setting("26", "x") + setting("25", "3601");
+  const std::string empty = entry("25", " \t");
+  const std::string wrong = entry("9999", "1") + entry("26", "x") + entry("25", "3601");
   const std::string wrongSaid =
       refused("9999", "1") +
       "Setting 26 was not changed: its value in the file is not a number or is out of range.\n" +
@@ -251,35 +215,31 @@ TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
   const std::string blanks = std::string(70000, ' ') + "\t ";
   const std::string tooLong = refused("74", std::string(1024, 'x'));
   const struct {
-    std::string content;
-    std::string err;
-    bool applied;  // whether 25 has the value 5 then
-    std::vector<std::string> arguments{};
+    std::string content, err;
+    bool applied = true;  // whether 25 has the value 5 then
+    Words arguments{};
   } cases[] = {
       {"", "", false},
-      {std::string("\0\x80\xFF\n\0\0\n", 7) + good, "", true},
-      {setting("abc", "1") + good,
-       "Setting skipped: its ID is not a number or is out of range: abc\n", true},
-      {kIdTag + " 25\n" + kIdTag + " 28\n" + kValueTag + " 5\n", "", true},
-      {kIdTag + " 25", noValue, false},
-      {"\tSetting\t ID: 25\nCurrent\t Value: 5", "", true},
+      {std::string("\0\x80\xFF\n\0\0\n", 7) + good, ""},
+      {entry("abc", "1") + good, noId + "abc\n"},
+      {"Setting ID: 25\nSetting ID: 28\nCurrent Value: 5\n", ""},
+      {"Setting ID: 25", noValue, false},
+      {"\tSetting\t ID: 25\nCurrent\t Value: 5", ""},
       {empty + good, noValue + ended, false},
       {empty + good, noValue, true, {"-E"}},
-      {setting("74", "") + good, "", true},
-      {setting("74", std::string("a\0b", 3)) + good, refused("74", "a\nb"), true},
-      {wrong + good, wrongSaid, true},
-      {wrong + good, wrongSaid, true, {"-E"}},
-      {"\xEF\xBB\xBF" + good, "", true},
-      {good + "\xEF\xBB\xBF" + setting("25", "6"), "", true},
-      {std::string(5000000, 'x') + "\n" + good, "", true},
-      {setting("25" + blanks + "x", "6") + good,
-       "Setting skipped: its ID is not a number or is out of range: 25 x\n", true},
-      {kIdTag + " 25" + blanks + "\n" + blanks + kValueTag + blanks + "5" + blanks, "", true},
-      {setting("74", "a" + blanks + "b" + blanks) + good, "", true},
-      {setting("203", replaced(std::string(200000, 'x'), "x", " 0")) + good,
-       replaced(tooLong, "74", "203"), true},
-      {setting("25", " 5" + replaced(std::string(100001, 'x'), "x", " x")), "", true},
-      {setting("74", std::string(5000000, 'x')) + good, tooLong, true},
+      {entry("74", "") + good, ""},
+      {entry("74", std::string("a\0b", 3)) + good, refused("74", "a\nb")},
+      {wrong + good, wrongSaid},
+      {"\xEF\xBB\xBF" + good, ""},
+      {good + "\xEF\xBB\xBF" + entry("25", "6"), ""},
+      {std::string(5000000, 'x') + "\n" + good, ""},
+      {entry("25" + blanks + "x", "6") + good, noId + "25 x\n"},
+      {"Setting ID: 25" + blanks + "\n" + blanks + "Current Value:" + blanks + "5" + blanks, ""},
+      {entry("74", "a" + blanks + "b" + blanks) + good, ""},
+      {entry("74", std::string(5000000, 'x')) + good, tooLong},
+      {entry("203", replaced(std::string(200000, 'x'), "x", " 0")) + good,
+       replaced(tooLong, "74", "203")},
+      {entry("25", " 5" + replaced(std::string(100001, 'x'), "x", " x")), ""},
   };
   for (const auto& test : cases) {
     ASSERT_EQ(0, run({"25", "20"}).status);
@@ -288,8 +248,7 @@ TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
     EXPECT_EQ(0, outcome.status);
     EXPECT_EQ(test.err, outcome.err);
     EXPECT_NE(outcome.out.find(" finished. Settings"), std::string::npos);
-    EXPECT_EQ(test.applied,
-              exported().find("\tSetting ID: 25\n\tCurrent Value: 5\n") != std::string::npos);
+    EXPECT_EQ(test.applied, run({"25"}).out.find("\tCurrent Value: 5\n") != std::string::npos);
   }
 }
 

@@ -1,6 +1,5 @@
 #include "support/Process.h"
 
-#include <array>
 #include <csignal>
 #include <fcntl.h>
 #include <grp.h>
@@ -12,14 +11,16 @@
 
 namespace {
 
+namespace fs = std::filesystem;
+
 constexpr unsigned kPatienceSeconds = 60;
 
 void redirect(int stream, const std::string& file, const std::string& target) {
   if (target == "-") {
     close(stream);
   } else if (target == "|") {
-    std::array<int, 2> broken{};
-    (void)!pipe2(broken.data(), O_CLOEXEC);
+    int broken[2];
+    (void)!pipe2(broken, O_CLOEXEC);
     dup2(broken[1], stream);
     close(broken[0]);
   } else {
@@ -36,22 +37,14 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
   return all;
 }
 
-bool becomeUser(uid_t user) {
-  return user == 0 || geteuid() != 0 ||
-         (setgroups(0, nullptr) == 0 && setgid(user) == 0 && setuid(user) == 0);
-}
-
 // The program again, with all that it loads, in a folder that every user can get to: the build tree
 // may lie below a home that is its owner's alone.
 std::string reachableProgram() {
-  namespace fs = std::filesystem;
   static const TempFolder tree;
-  if (!fs::exists(tree / "bin")) {
+  if (fs::create_directory(tree / "bin")) {
     const fs::path built = fs::path(programFolder()).parent_path();
-    fs::create_directory(tree / "bin");
-    fs::copy(built / "bin/knob", tree / "bin");
-    for (const char* const folder : {"lib", "share"}) {
-      fs::copy(built / folder, tree / folder, fs::copy_options::recursive);
+    for (const char* const part : {"bin/knob", "lib", "share"}) {
+      fs::copy(built / part, tree / part, fs::copy_options::recursive);
     }
     for (const auto& entry : fs::recursive_directory_iterator(tree.path())) {
       fs::permissions(entry, fs::perms{0755});
@@ -62,6 +55,11 @@ std::string reachableProgram() {
 
 }  // namespace
 
+bool becomeUser(uid_t user) {
+  return user == 0 || geteuid() != 0 ||
+         (setgroups(0, nullptr) == 0 && setgid(user) == 0 && setuid(user) == 0);
+}
+
 void Process::become(const std::string& program) const {
   if (!folder.empty() && chdir(folder.c_str()) != 0) _exit(126);
   if (fileLimit >= 0) {
@@ -69,9 +67,7 @@ void Process::become(const std::string& program) const {
     setrlimit(RLIMIT_FSIZE, &limit);
   }
   if (!becomeUser(user)) _exit(126);
-  alarm(kPatienceSeconds);
-  std::vector<std::string> words = arguments;
-  std::vector<std::string> variables;
+  std::vector<std::string> words = arguments, variables;
   for (const auto& [name, value] : environment) variables.push_back(name + "=" + value);
   execve(program.c_str(), pointers(words).data(), pointers(variables).data());
   _exit(127);
@@ -89,6 +85,7 @@ Outcome Process::run() const {
     redirect(STDIN_FILENO, streams / "in", "");
     redirect(STDOUT_FILENO, streams / "out", outTo);
     redirect(STDERR_FILENO, streams / "err", errTo);
+    alarm(kPatienceSeconds);
     become(program);
   }
   int status = 0;
@@ -97,9 +94,7 @@ Outcome Process::run() const {
           readFile(streams / "out"), readFile(streams / "err")};
 }
 
-std::string programFolder() {
-  return std::filesystem::read_symlink("/proc/self/exe").parent_path().string();
-}
+std::string programFolder() { return fs::read_symlink("/proc/self/exe").parent_path(); }
 
 Process knob(const std::string& home, std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), knobPath());

@@ -30,8 +30,7 @@ struct Process {
 
   // Waits for the end; a process that takes longer than a minute is killed.
   Outcome run() const;
-
- private:
+  // In a child: becomes the program, with the streams as they are.
   [[noreturn]] void become(const std::string& program) const;
 };
 
@@ -43,6 +42,9 @@ std::string programFolder();
 
 // A user that is not root and owns nothing.
 inline constexpr uid_t kNobody = 65534;
+
+// In a child, if the test runs as root and the user is another.
+bool becomeUser(uid_t user);
 
 // What the piece of a test gives in a process of its own, of another user if the test runs as root
 // and one is named; -1 if the process does not get to its end.

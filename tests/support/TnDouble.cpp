@@ -1,207 +1,117 @@
-#include "support/TnDouble.h"
-
-#include <algorithm>
-#include <cstring>
+// A scripted double of the tuning interface, in front of the real library: linked into a test
+// program, or put before the built program with LD_PRELOAD. It appends each call with what goes in,
+// a line such as "TnSetLongValue 1 25 5 2", to the file that TN_RECORD names, and passes it on. At
+// the end of the process its arguments go into the file that TN_RECORD_ARGUMENTS names.
+//
+// TN_ANSWER="CALL=ANSWER": calls that begin with these words get this answer: a status, or else
+// what stands for the true number of elements, type of a setting, truth, name or description.
+#include <array>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <fcntl.h>
 #include <sstream>
-#include <string_view>
-#include <utility>
+#include <unistd.h>
+
+#include "service/TuningInterface.h"
 
 namespace {
 
-using Answer = TnDouble::Answer;
+std::string answer;  // to the call that was passed on last; empty for the true one
 
-TnDouble engine;
-
-template <typename... Arguments>
-Answer called(const char* name, const Arguments&... arguments) {
-  std::ostringstream text;
-  const char* separator = "(";
-  text << name;
-  ((text << std::exchange(separator, ",") << arguments), ...);
-  engine.calls.push_back(text.str() + ")");
-  const auto answer = engine.answers.find(engine.calls.back());
-  if (answer != engine.answers.end()) return answer->second;
-  const bool change = std::string_view(name).starts_with("TnSet");
-  return {static_cast<TnStatus>(change ? TN_SUCCESS : TN_UNKNOWN_SETTING), {0, 0}};
+void append(const char* variable, std::string_view text) {
+  const char* const path = std::getenv(variable);
+  if (path == nullptr) return;
+  const int file = open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+  (void)!write(file, text.data(), text.size());
+  close(file);
 }
 
-TnStatus putText(const std::string& text, int* size, char* buffer) {
-  const int given = std::exchange(*size, static_cast<int>(text.size()) + 1);
-  if (given < *size) return TN_BUFFER_TOO_SMALL;
-  std::memcpy(buffer, text.c_str(), text.size() + 1);
-  --*size;
-  return TN_SUCCESS;
+[[gnu::destructor]] void recordArguments() {
+  std::array<char, 4096> arguments{};
+  const int file = open("/proc/self/cmdline", O_RDONLY | O_CLOEXEC);
+  const ssize_t size = read(file, arguments.data(), arguments.size());
+  append("TN_RECORD_ARGUMENTS", {arguments.data(), static_cast<std::size_t>(size)});
+  close(file);
 }
 
-TnStatus putText(const Answer& answer, int* size, char* buffer) {
-  return answer.status != TN_SUCCESS ? answer.status : putText(answer.text, size, buffer);
+void describe(std::ostream& call, const char* text) { call << ' ' << text; }
+void describe(std::ostream& call, std::int64_t number) { call << ' ' << number; }
+void describe(std::ostream&, void*) {}
+
+template <typename Result, typename... Arguments>
+Result passOn(const char* name, Result (*)(Arguments...), Arguments... arguments) {
+  std::ostringstream call;
+  call << name;
+  (describe(call, arguments), ...);
+  append("TN_RECORD", call.str() + "\n");
+  const char* const variable = std::getenv("TN_ANSWER");
+  const std::string plan = variable == nullptr ? "none=" : variable;
+  const std::size_t end = plan.find('=');
+  const bool meant = (call.str() + ' ').starts_with(plan.substr(0, end) + ' ');
+  answer = meant ? plan.substr(end + 1) : "";
+  const int number = std::atoi(answer.c_str());
+  if (number >= TN_INVALID_ARGUMENT) return static_cast<Result>(number);
+  return reinterpret_cast<Result (*)(Arguments...)>(dlsym(RTLD_NEXT, name))(arguments...);
 }
 
-TnStatus putList(const Answer& answer, int* count, std::int32_t* elements) {
-  const std::size_t given = std::min(answer.numbers.size(), static_cast<std::size_t>(*count));
-  std::copy_n(answer.numbers.begin(), given, elements);
-  *count = answer.claimedCount.value_or(static_cast<int>(answer.numbers.size()));
-  return answer.status;
+template <typename Number>
+TnStatus withNumber(TnStatus status, Number* number) {
+  if (!answer.empty()) *number = static_cast<Number>(std::atoi(answer.c_str()));
+  return status;
 }
 
-template <typename... Numbers>
-TnStatus putNumbers(const Answer& answer, Numbers*... numbers) {
-  std::size_t at = 0;
-  ((*numbers = static_cast<Numbers>(answer.numbers.at(at++))), ...);
-  return answer.status;
-}
-
-// Without a NUL when the name fills the field.
-template <typename Record>
-void putName(const Answer& answer, Record* record) {
-  answer.text.copy(record->name, sizeof record->name);
-}
-
-void addSetting(int id, TnValueType type, const char* name, const char* getter,
-                const Answer& current, const Answer& standard, int available = -1,
-                int clientServer = 0xFFFF) {
-  const std::string number = std::to_string(id), key = "(-1," + number;
-  const char* const capacity = type > 1 ? ",1024)" : ")";
-  std::map<std::string, Answer> added = {
-      {"TnGetSettingInfo" + key + ")", {0, {type, -id, clientServer}, name}},
-      {"TnIsSettingAvailable" + key + ")", {0, {available}}},
-      {getter + key + ",1" + capacity, standard},
-      {getter + key + ",2" + capacity, current},
-      {"TnGetBooleanStrings" + key + ",125,125)", {0, {}, "Yes/Nope"}},
-      {"TnGetValueLimit" + key + ")", {0, {100, -3}}},
-      {"TnCountSelectionItems" + key + ")", {0, {3}}},
-      {"TnGetAllPossibleSelections" + key + ",3)", {0, {10, 11, 12}}},
-      {"TnGetSelectionString" + key + ",10,1024)", {0, {}, "red"}},
-      {"TnGetSelectionString" + key + ",11,1024)", {0, {}, "green"}},
-      {"TnGetSelectionString" + key + ",12,1024)", {0, {}, "blue"}},
-      {"TnGetSettingHelp(" + number + ",1024)", {0, {}, "Help."}}};
-  engine.answers.merge(added);
+// Without a NUL when the text fills the room.
+TnStatus withText(TnStatus status, char* text, std::size_t room) {
+  if (!answer.empty()) (answer + '\0').copy(text, room);
+  return status;
 }
 
 }  // namespace
 
-TnDouble& TnDouble::reset() {
-  engine = {{{"TnGetCategoryList(-1,30)", {0, {1, 2}}},
-             {"TnGetCategoryInfo(-1,1)", {0, {6}, "Caches"}},
-             {"TnGetCategoryInfo(-1,2)", {0, {0}, "Files"}},
-             {"TnGetSettingList(-1,1,50)", {0, {25, 26, 27}}},
-             {"TnGetSettingList(-1,2,50)", {0, {74, 81, 82}}}}};
-  addSetting(25, 1, "Cache Size", "TnGetLongValue", {0, {5}}, {0, {4}});
-  addSetting(26, 0, "Cache Max Size", "TnGetBooleanValue", {0, {-1}}, {0, {0}}, -1, 0);
-  addSetting(27, 1, "Cache Secret", "TnGetLongValue", {0, {1}}, {0, {1}}, 0);
-  addSetting(74, 2, "Log Path", "TnGetStringValue", {0, {}, "C:\\a"}, {0, {}, "\\"});
-  addSetting(81, 4, "Colors", "TnGetSelectionValue", {0, {0, 2}}, {});
-  addSetting(82, 9, "Odd", "", {}, {});
-  engine.answers["TnGetSettingHelp(25,1024)"].text = "The \"size\" on C:\\.";
-  return engine;
+extern "C" {
+
+int TnStart(int reserved) { return passOn(__func__, TnStart, reserved); }
+int TnStop(int reserved) { return passOn(__func__, TnStop, reserved); }
+TnStatus TnConnectServer(const char* server, const char* user, const char* word, TnHandle* handle) {
+  return passOn(__func__, TnConnectServer, server, user, word, handle);
 }
-
-std::vector<std::string> TnDouble::callsOf(const std::string& beginning) const {
-  std::vector<std::string> found;
-  std::copy_if(calls.begin(), calls.end(), std::back_inserter(found),
-               [&](const std::string& call) { return call.starts_with(beginning); });
-  return found;
-}
-
-int TnStart(int reserved) { return called("TnStart", reserved).status; }
-int TnStop(int reserved) { return called("TnStop", reserved).status; }
-TnStatus TnDisconnect(TnHandle handle) { return called("TnDisconnect", handle).status; }
-
-TnStatus TnConnectServer(const char* server, const char* user, const char* password,
-                         TnHandle* handle) {
-  return putNumbers(called("TnConnectServer", server, user, password), handle);
-}
-
-TnStatus TnGetCategoryListCount(TnHandle handle, int* count) {
-  return putNumbers(called("TnGetCategoryListCount", handle), count);
-}
-
+TnStatus TnDisconnect(TnHandle handle) { return passOn(__func__, TnDisconnect, handle); }
 TnStatus TnGetCategoryList(TnHandle handle, int* count, int* ids) {
-  return putList(called("TnGetCategoryList", handle, *count), count, ids);
+  return withNumber(passOn(__func__, TnGetCategoryList, handle, count, ids), count);
 }
-
 TnStatus TnGetCategoryInfo(TnHandle handle, int id, TnCategoryRecord* record) {
-  const Answer answer = called("TnGetCategoryInfo", handle, id);
-  putName(answer, record);
-  return putNumbers(answer, &record->extraInfo);
+  return withText(passOn(__func__, TnGetCategoryInfo, handle, id, record), record->name,
+                  sizeof record->name);
 }
-
-TnStatus TnGetSettingList(TnHandle handle, int categoryId, int* count, int* ids) {
-  return putList(called("TnGetSettingList", handle, categoryId, *count), count, ids);
+TnStatus TnGetSettingList(TnHandle handle, int id, int* count, int* ids) {
+  return withNumber(passOn(__func__, TnGetSettingList, handle, id, count, ids), count);
 }
-
 TnStatus TnGetSettingInfo(TnHandle handle, int id, TnSettingRecord* record) {
-  Answer answer = called("TnGetSettingInfo", handle, id);
-  putName(answer, record);
-  answer.numbers.resize(3);
-  return putNumbers(answer, &record->type, &record->extraInfo, &record->clientServer);
+  return withNumber(passOn(__func__, TnGetSettingInfo, handle, id, record), &record->type);
 }
-
 int16_t TnIsSettingAvailable(TnHandle handle, int id) {
-  return static_cast<int16_t>(called("TnIsSettingAvailable", handle, id).numbers.at(0));
+  int16_t available = passOn(__func__, TnIsSettingAvailable, handle, id);
+  withNumber(TN_SUCCESS, &available);
+  return available;
 }
-
-TnStatus TnGetStringValue(TnHandle handle, int id, int* size, char* value, TnValueSelector which) {
-  return putText(called("TnGetStringValue", handle, id, which, *size), size, value);
-}
-
-TnStatus TnGetLongValue(TnHandle handle, int id, int32_t* value, TnValueSelector which) {
-  return putNumbers(called("TnGetLongValue", handle, id, which), value);
-}
-
 TnStatus TnGetBooleanValue(TnHandle handle, int id, int16_t* value, TnValueSelector which) {
-  return putNumbers(called("TnGetBooleanValue", handle, id, which), value);
+  return withNumber(passOn(__func__, TnGetBooleanValue, handle, id, value, which), value);
 }
-
-TnStatus TnGetBooleanStrings(TnHandle handle, int id, int* trueSize, char* trueWord, int* falseSize,
-                             char* falseWord) {
-  Answer answer = called("TnGetBooleanStrings", handle, id, *trueSize, *falseSize);
-  const std::size_t slash = answer.text.find('/');
-  putText(answer.text.substr(slash + 1), falseSize, falseWord);
-  answer.text.resize(slash);
-  return putText(answer, trueSize, trueWord);
-}
-
 TnStatus TnGetSelectionValue(TnHandle handle, int id, int* count, int32_t* items,
                              TnValueSelector which) {
-  return putList(called("TnGetSelectionValue", handle, id, which, *count), count, items);
+  return withNumber(passOn(__func__, TnGetSelectionValue, handle, id, count, items, which), count);
 }
-
-TnStatus TnCountSelectionItems(TnHandle handle, int id, int* count) {
-  return putNumbers(called("TnCountSelectionItems", handle, id), count);
-}
-
 TnStatus TnGetAllPossibleSelections(TnHandle handle, int id, int* count, int32_t* items) {
-  return putList(called("TnGetAllPossibleSelections", handle, id, *count), count, items);
+  return withNumber(passOn(__func__, TnGetAllPossibleSelections, handle, id, count, items), count);
 }
-
-TnStatus TnGetSelectionString(TnHandle handle, int id, int32_t item, int* size, char* text) {
-  return putText(called("TnGetSelectionString", handle, id, item, *size), size, text);
-}
-
-TnStatus TnGetValueLimit(TnHandle handle, int id, int32_t* maximum, int32_t* minimum) {
-  return putNumbers(called("TnGetValueLimit", handle, id), maximum, minimum);
-}
-
 TnStatus TnGetSettingHelp(int id, int* size, char* text) {
-  return putText(called("TnGetSettingHelp", id, *size), size, text);
+  const std::size_t room = static_cast<std::size_t>(*size);
+  return withText(passOn(__func__, TnGetSettingHelp, id, size, text), text, room);
 }
-
-TnStatus TnSetStringValue(TnHandle handle, int id, const char* value, TnValueSelector which) {
-  return called("TnSetStringValue", handle, id, value, which).status;
-}
-
 TnStatus TnSetLongValue(TnHandle handle, int id, int64_t value, TnValueSelector which) {
-  return called("TnSetLongValue", handle, id, value, which).status;
+  return passOn(__func__, TnSetLongValue, handle, id, value, which);
 }
-
-TnStatus TnSetBooleanValue(TnHandle handle, int id, int value, TnValueSelector which) {
-  return called("TnSetBooleanValue", handle, id, value, which).status;
+TnStatus TnSetStringValue(TnHandle handle, int id, const char* value, TnValueSelector which) {
+  return passOn(__func__, TnSetStringValue, handle, id, value, which);
 }
-
-TnStatus TnSetSelectionValue(TnHandle handle, int id, int count, const int32_t* items,
-                             TnValueSelector which) {
-  std::string list;
-  for (int i = 0; i < count; ++i) list += std::to_string(items[i]) + " ";
-  return called("TnSetSelectionValue", handle, id, list, which).status;
 }
