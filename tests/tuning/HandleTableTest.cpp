@@ -9,12 +9,9 @@ namespace {
 using Ids = std::vector<int32_t>;
 
 // An engine without settings, known by the status that leaving it gives.
-class NamedEngine : public tn::Engine {
- public:
-  explicit NamedEngine(TnStatus name) : name_(name) {}
-
- protected:
-  void leave() override { throw tn::TuningError(name_); }
+struct NamedEngine : tn::Engine {
+  explicit NamedEngine(TnStatus status) : name(status) {}
+  void leave() override { throw tn::TuningError(name); }
   Ids categories() override { return {}; }
   tn::CategoryInfo category(int32_t) override { return {}; }
   Ids settings(int32_t) override { return {}; }
@@ -33,9 +30,7 @@ class NamedEngine : public tn::Engine {
   void setInteger(int32_t, int64_t) override {}
   void setString(int32_t, const std::string&) override {}
   void setSelection(int32_t, const Ids&) override {}
-
- private:
-  TnStatus name_;
+  const TnStatus name;
 };
 
 }  // namespace

@@ -27,14 +27,11 @@ struct Connection {
   TnStatus set(const std::string& text) const {
     return TnSetStringValue(handle, kText, text.c_str(), TN_CURRENT_VALUE);
   }
-  TnStatus get(int32_t& number) const {
-    if (status != TN_SUCCESS) return status;
-    return TnGetLongValue(handle, kNumber, &number, TN_CURRENT_VALUE);
-  }
   // -1 and "refused" if they cannot be read.
   int32_t number() const {
     int32_t value = 0;
-    return get(value) == TN_SUCCESS ? value : -1;
+    const TnStatus read = TnGetLongValue(handle, kNumber, &value, TN_CURRENT_VALUE);
+    return read == TN_SUCCESS ? value : -1;
   }
   std::string text() const {
     char value[TN_TEXT_SIZE];
