@@ -68,6 +68,7 @@ TEST(CatalogueFile, TellsEveryFaultWithItsLine) {
       // Keys and types.
       {"  id = 1001\n", "", 6, "setting \"Pool Size\": id is missing"},
       {"  name = \"Pool Size\"\n", "", 6, "setting 1001: name is missing"},
+      {"  type = \"integer\"\n", "", 6, "setting 1001: type is missing"},
       {"  default = 20\n", "", 6, "setting 1001: default is missing"},
       {"choices=[\"red\",\"green\"],", "", 17, "setting 1002: choices is missing"},
       {"minimum = 1", "minimum = 1\nno = 1", 11, "a setting of type integer has no key \"no\""},
