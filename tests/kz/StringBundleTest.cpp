@@ -51,7 +51,7 @@ TEST_F(Bundle, IsReadAsItsFormatSays) {
 }
 
 TEST_F(Bundle, SpeaksTheLanguageOfTheEnvironment) {
-  writeFile(path(), "KEY=base\nBASE=only in base");
+  writeFile(path(), "KEY=base\nBASE=only here");
   writeFile(path("_de"), "KEY=de");
   writeFile(path("_de_DE"), "KEY=de_DE");
   const struct {
@@ -64,15 +64,14 @@ TEST_F(Bundle, SpeaksTheLanguageOfTheEnvironment) {
                {"", "", "de_../x", "de"}};
   for (const auto& test : cases) {
     // In a process of its own: the language is that of the first look at it.
-    EXPECT_EQ(1, inChild([&test] {
-                setenv("LC_ALL", test.all, 1);
-                setenv("LC_MESSAGES", test.messages, 1);
-                setenv("LANG", test.named, 1);
-                const auto own = StringBundle::getBundle("TEST_kz", nullptr);
-                return own->getString("KEY").equals(test.text) &&
-                       own->getString("BASE").equals("only in base");
-              }))
-        << test.text;
+    const auto speaks = [&] {
+      setenv("LC_ALL", test.all, 1);
+      setenv("LC_MESSAGES", test.messages, 1);
+      setenv("LANG", test.named, 1);
+      const auto own = StringBundle::getBundle("TEST_kz", nullptr);
+      return own->getString("KEY").equals(test.text) && own->getString("BASE").equals("only here");
+    };
+    EXPECT_EQ(1, inChild(speaks)) << test.text;
   }
 }
 
