@@ -21,8 +21,8 @@ class Registry : public testing::Test {
     words.insert(words.end(), {"-S", "registry:" + catalogue});
     return knob(folder.path(), words).run();
   }
-  Outcome beside(const std::string& program, Words words) const {
-    words.insert(words.begin(), programFolder() + "/" + program);
+  Outcome check(Words words) const {
+    words.insert(words.begin(), programFolder() + "/knob-catalogue");
     Process process{words, {}};
     process.folder = folder.path();
     return process.run();
@@ -45,7 +45,6 @@ void expectPart(const std::string& text, const std::string& part) {
 TEST_F(Registry, IsShownAndChangedLikeAnyEngine) {
   const std::tuple<Words, int, const char*> cases[] = {
       {{"1001"}, 0, "\tRange: 1 to 500\n\tDefault Value: 20\n\tDescription (server setting): Conn"},
-      {{"1001"}, 0, "Current Value: 20\n"},
       {{"1001", "40"}, 0, "Setting 1001 was updated.\n"},
       {{"1001"}, 0, "Current Value: 40\n"},
       {{"1001", "501"}, 1, "7202: "},
@@ -54,16 +53,12 @@ TEST_F(Registry, IsShownAndChangedLikeAnyEngine) {
       {{"2001", "CLOSED"}, 0, "Setting 2001 was updated.\n"},
       {{"2001"}, 0, "Current Value: closed\n"},
       {{"2002"}, 0, "Default Value: 0 2\n"},
-      {{"2002", "3", "1"}, 0, "Setting 2002 was updated.\n"},
       {{"2003"}, 0, "\t\t2\twhen paid\n"},
-      {{"2003", "3"}, 1, "7203: "},
       {{"2004"}, 0, "Description (client setting): "},
-      {{"2004", "Grüße für %s & 'Co'"}, 0, "Setting 2004 was updated.\n"},
       {{"74"}, 0, "Current Value: \n"},
       {{"25"}, 1, "Unknown setting ID"},
       {{"-H", "pool"}, 0, "1001\tPool Size\n1002\tPool Wait Limit\n1003\tCheck Pooled Conn"},
-      {{"1001", "-U", "root"}, 1, "7105: "},
-  };
+      {{"1001", "-U", "root"}, 1, "7105: "}};
   for (const auto& [words, status, expected] : cases) {
     SCOPED_TRACE(words[0] + " " + expected);
     const Outcome outcome = run(words);
@@ -75,47 +70,31 @@ TEST_F(Registry, IsShownAndChangedLikeAnyEngine) {
 
 TEST_F(Registry, OutlivesEditionsOfItsCatalogue) {
   ASSERT_EQ(run({"1001", "400"}).status, 0);
-  ASSERT_EQ(run({"1002", "5"}).status, 0);
   edit("maximum = 500", "maximum = 300");
   expectPart(run({"1001"}).err, "7706: ");
-  expectPart(run({"1002"}).out, "Current Value: 5\n");
-  EXPECT_EQ(run({"1001", "400"}).status, 1);
   edit("maximum = 300", "maximum = 500");
   expectPart(run({"1001"}).out, "Current Value: 400\n");
-  edit("maximum = 500", "maximum = 300");
-  EXPECT_EQ(run({"1001", "300"}).status, 0);
-  expectPart(run({"1001"}).out, "Current Value: 300\n");
 
-  // Another setting in the place of 1002: the kept value stays for the edition that has it back.
-  edit("id = 1002", "id = 1099");
-  EXPECT_EQ(run({"1002"}).status, 1);
+  // Another setting in the place of 1001: the kept value stays for the edition that has it back.
+  edit("id = 1001", "id = 1099");
+  EXPECT_EQ(run({"1001"}).status, 1);
   EXPECT_EQ(run({"1099", "7"}).status, 0);
-  edit("id = 1099", "id = 1002");
-  expectPart(run({"1002"}).out, "Current Value: 5\n");
+  edit("id = 1099", "id = 1001");
+  expectPart(run({"1001"}).out, "Current Value: 400\n");
 
-  edit("type = \"integer\"\n  minimum = 1\n  maximum = 300\n  default = 20",
+  edit("type = \"integer\"\n  minimum = 1\n  maximum = 500\n  default = 20",
        "type = \"boolean\"\n  default = true");
   expectPart(run({"1001"}).err, "7706: ");
   EXPECT_EQ(run({"1001", "off"}).status, 0);
+  expectPart(run({"1001"}).out, "Current Value: off\n");
 }
 
 TEST_F(Registry, OpensNothingWithACatalogueThatIsWrong) {
-  const std::tuple<const char*, const char*, const char*> cases[] = {
-      {"[[category]]", "[category", "7703: "},
-      {"minimum = 1\n", "", "7704: "},
-      {"\"orders.db\"", "\"postgresql://host/orders\"", "7705: "}};
-  for (const auto& [from, to, expected] : cases) {
-    writeFile(catalogue, kExample);
-    edit(from, to);
-    const Outcome outcome = run({"1001", "30"});
-    EXPECT_EQ(outcome.status, 1);
-    expectPart(outcome.err, expected);
-    expectPart(outcome.err, "knob-catalogue FILE");
-  }
+  edit("\"orders.db\"", "\"postgresql://host/orders\"");
+  expectPart(run({"1001", "30"}).err, "7705: ");
+  expectPart(run({"1001", "30"}).err, "knob-catalogue FILE");
   std::filesystem::remove(catalogue);
   expectPart(run({"1001", "30"}).err, "7701: ");
-  std::filesystem::create_directory(catalogue);
-  expectPart(run({"1001", "30"}).err, "7702: ");
   EXPECT_FALSE(std::filesystem::exists(folder / "orders.db"));
   expectPart(knob(folder.path(), {"1001", "-S", "registry:"}).run().err, "7104: ");
 }
@@ -136,29 +115,28 @@ TEST_F(Registry, LoadsNoMoreThanItNeeds) {
 
 TEST_F(Registry, HasACompanionThatChecksCatalogues) {
   edit("\"orders.db\"", "\"etcds://my:pw@a,b/orders\"");
-  expectPart(beside("knob-catalogue", {"orders.toml"}).out, "values in etcds://a,b/orders\n");
+  expectPart(check({"orders.toml"}).out, "values in etcds://a,b/orders\n");
   edit("default = 20", "default = 0");
   edit("name = \"Stock Check\"", "name = \"Pool\\u001bSize\"\n\"a\\nb\" = 1");
-  const Outcome wrong = beside("knob-catalogue", {"orders.toml"});
+  const Outcome wrong = check({"orders.toml"});
   EXPECT_EQ(wrong.status, 1);
   EXPECT_EQ(wrong.out,
             "orders.toml:19: setting 1001: the default 0 is outside 1 to 500\n"
             "orders.toml:59: setting 2003: the name holds a line end or another control character\n"
             "orders.toml:60: setting 2003: a setting of type one-of has no key \"a\\x0ab\"\n");
-  EXPECT_EQ(beside("knob-catalogue", {"none.toml"}).out,
-            "none.toml: cannot be read: No such file or directory\n");
+  EXPECT_EQ(check({"none.toml"}).out, "none.toml: cannot be read: No such file or directory\n");
 
-  EXPECT_EQ(beside("knob-catalogue", {"--new", "new.toml"}).status, 0);
-  EXPECT_EQ(beside("knob-catalogue", {"--new"}).out, readFile(folder / "new.toml"));
-  EXPECT_EQ(beside("knob-catalogue", {"new.toml"}).out,
+  EXPECT_EQ(check({"--new", "new.toml"}).status, 0);
+  EXPECT_EQ(check({"--new"}).out, readFile(folder / "new.toml"));
+  EXPECT_EQ(check({"new.toml"}).out,
             "new.toml: My service, 6 settings in 2 categories, values in settings.db\n");
   writeFile(folder / "new.toml", "mine");
-  EXPECT_EQ(beside("knob-catalogue", {"--new", "new.toml"}).status, 1);
+  EXPECT_EQ(check({"--new", "new.toml"}).status, 1);
   EXPECT_EQ(readFile(folder / "new.toml"), "mine");
 
-  expectPart(beside("knob-catalogue", {"--version"}).out, "knob-catalogue ");
+  expectPart(check({"--version"}).out, "knob-catalogue ");
   for (const Words& words : {Words{}, {"a", "b"}, {"--nonsense"}, {"--new", "a", "b"}}) {
-    const Outcome refused = beside("knob-catalogue", words);
+    const Outcome refused = check(words);
     EXPECT_EQ(refused.status, 1);
     expectPart(refused.err, "Usage: ");
   }

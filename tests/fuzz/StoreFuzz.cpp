@@ -1,35 +1,6 @@
 // A store file of any content: it is opened and changed well, or refused and left as it is.
-#include <sys/syscall.h>
-#include <unistd.h>
-
 #include "fuzz/Fuzz.h"
-#include "service/TuningInterface.h"
-
-namespace {
-
-constexpr int kNumber = 25;
-
-struct Connection {
-  explicit Connection(const std::string& file)
-      : status(TnConnectServer(("file:" + file).c_str(), "", "", &handle)) {}
-  ~Connection() {
-    if (status == TN_SUCCESS) TnDisconnect(handle);
-  }
-  TnHandle handle = TN_NO_HANDLE;
-  TnStatus status;
-};
-
-void readAll(const Connection& connection) {
-  for (int id = 1; id < 302; ++id) {
-    char text[TN_TEXT_SIZE];
-    int size = sizeof text;
-    int32_t number = 0;
-    TnGetStringValue(connection.handle, id, &size, text, TN_CURRENT_VALUE);
-    TnGetLongValue(connection.handle, id, &number, TN_CURRENT_VALUE);
-  }
-}
-
-}  // namespace
+#include "tuning/StoreConnection.h"
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   useFastFolder();
@@ -40,17 +11,17 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   writeFile(file, content);
   bool changed = false;
   {
-    const Connection connection(file);
-    if (connection.status == TN_SUCCESS) {
-      readAll(connection);
-      changed = TnSetLongValue(connection.handle, kNumber, 77, TN_CURRENT_VALUE) == TN_SUCCESS;
+    const Connection connection("file:" + file);
+    for (int id = 1; connection.status == TN_SUCCESS && id < 302; ++id) {
+      char text[TN_TEXT_SIZE];
+      int room = sizeof text;
+      int32_t number = 0;
+      TnGetStringValue(connection.handle, id, &room, text, TN_CURRENT_VALUE);
+      TnGetLongValue(connection.handle, id, &number, TN_CURRENT_VALUE);
     }
+    changed = connection.set(77) == TN_SUCCESS;
   }
   require(changed || readFile(file) == content);
-  const Connection later(file);
-  int32_t number = 0;
-  require(!changed ||
-          (TnGetLongValue(later.handle, kNumber, &number, TN_CURRENT_VALUE) == TN_SUCCESS &&
-           number == 77));
+  require(!changed || Connection("file:" + file).number() == 77);
   return 0;
 }

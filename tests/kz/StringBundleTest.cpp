@@ -51,7 +51,7 @@ TEST_F(Bundle, IsReadAsItsFormatSays) {
 }
 
 TEST_F(Bundle, SpeaksTheLanguageOfTheEnvironment) {
-  writeFile(path(), "KEY=base\nBASE=only in base");
+  writeFile(path(), "KEY=base\nBASE=only here");
   writeFile(path("_de"), "KEY=de");
   writeFile(path("_de_DE"), "KEY=de_DE");
   const struct {
@@ -64,50 +64,45 @@ TEST_F(Bundle, SpeaksTheLanguageOfTheEnvironment) {
                {"", "", "de_../x", "de"}};
   for (const auto& test : cases) {
     // In a process of its own: the language is that of the first look at it.
-    EXPECT_EQ(1, inChild([&test] {
-                setenv("LC_ALL", test.all, 1);
-                setenv("LC_MESSAGES", test.messages, 1);
-                setenv("LANG", test.named, 1);
-                const auto own = StringBundle::getBundle("TEST_kz", nullptr);
-                return own->getString("KEY").equals(test.text) &&
-                       own->getString("BASE").equals("only in base");
-              }))
-        << test.text;
+    const auto speaks = [&] {
+      setenv("LC_ALL", test.all, 1);
+      setenv("LC_MESSAGES", test.messages, 1);
+      setenv("LANG", test.named, 1);
+      const auto own = StringBundle::getBundle("TEST_kz", nullptr);
+      return own->getString("KEY").equals(test.text) && own->getString("BASE").equals("only here");
+    };
+    EXPECT_EQ(1, inChild(speaks)) << test.text;
   }
-}
-
-// A change that somebody else makes while the program runs.
-void write(const char* content, const std::string& language = "") {
-  inChild([&] { return writeFile(path(language), content), 0; });
 }
 
 TEST_F(Bundle, IsSeenAsItIsNowAndNotReadAgainWithoutNeed) {
   language = kz::i18n::Locale("de");
+  const std::string file = path(), other = path("~"), german = path("_de");
   const std::pair<std::function<void()>, const char*> steps[] = {
       {[] {}, "no bundle"},
-      {[] { write("KEY=one"); }, "one"},
-      {[] { write("KEY=two"); }, "two"},
-      {[] { write("KEY=six", "~"), std::filesystem::rename(path("~"), path()); }, "six"},
-      {[] { write("KEY=language", "_de"); }, "language"},
-      {[] { std::filesystem::remove(path("_de")); }, "six"},
-      {[] { std::filesystem::remove(path()); }, "no bundle"},
+      {[&] { writeFile(file, "KEY=one"); }, "one"},
+      {[&] { writeFile(file, "KEY=two"); }, "two"},
+      {[&] { writeFile(other, "KEY=six"), std::filesystem::rename(other, file); }, "six"},
+      {[&] { writeFile(german, "KEY=language"); }, "language"},
+      {[&] { std::filesystem::remove(german); }, "six"},
+      {[&] { std::filesystem::remove(file); }, "no bundle"},
       // A file that was there long before.
-      {[] { std::filesystem::create_symlink("KNOB.properties", path()); }, "no key"},
-      {[] { std::filesystem::remove(path()); }, "no bundle"},
-      {[] { write("KEY=link", "~"), std::filesystem::create_symlink(path("~"), path()); }, "link"},
-      {[] { write("KEY=file", "~"); }, "file"},
-      {[] { std::filesystem::remove(path("~")); }, "no bundle"},
-      {[] { std::filesystem::remove(path()), write("KEY=back"); }, "back"}};
+      {[&] { std::filesystem::create_symlink("KNOB.properties", file); }, "no key"},
+      {[&] { std::filesystem::remove(file), writeFile(other, "KEY=link"); }, "no bundle"},
+      {[&] { std::filesystem::create_symlink(other, file); }, "link"},
+      {[&] { writeFile(other, "KEY=file"); }, "file"},
+      {[&] { std::filesystem::remove(other); }, "no bundle"},
+      {[&] { std::filesystem::remove(file), writeFile(file, "KEY=back"); }, "back"}};
   for (const auto& [change, text] : steps) {
     change();
     EXPECT_EQ(lookUp("KEY"), text);
     EXPECT_EQ(lookUp("KEY"), text);
   }
   const kz::Reference<StringBundle> read = bundle();
-  write("a neighbour", "_de_DE");
-  write("KEY=back");
+  writeFile(path("_de_DE"), "a neighbour");
+  writeFile(file, "KEY=back");
   EXPECT_EQ(bundle().get(), read.get());
-  write("KEY=text");
+  writeFile(file, "KEY=text");
   EXPECT_NE(bundle().get(), read.get());
   EXPECT_EQ(read->getString("KEY").getBytes(), "back") << "whoever holds it may go on reading";
 }

@@ -1,27 +1,23 @@
-// What becomes of the local engine's store when something goes wrong under it: damaged files, other
-// processes that hold or replace it, a system that cannot make a change last.
-#include <chrono>
+// What becomes of the local engine's store: real files, also damaged ones, other processes that
+// hold or replace them, rights that are missing, a system that cannot make a change last.
+#include <fcntl.h>
 #include <functional>
 #include <gtest/gtest.h>
+#include <optional>
 #include <set>
 #include <sqlite3.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
-#include <thread>
 #include <tuple>
 #include <unistd.h>
 
-#include "service/TuningInterface.h"
 #include "support/Process.h"
 #include "support/TempFolder.h"
+#include "tuning/StoreConnection.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr int kNumber = 25;
-constexpr int kDefaultNumber = 20;
-constexpr int kText = 74;
 
 bool syncsSkipped = false;
 
@@ -34,102 +30,49 @@ std::function<void()> onSleep;  // in the place of sleeping, if there is one
 extern "C" int fdatasync(int file) {
   return syncsSkipped ? 0 : static_cast<int>(syscall(SYS_fdatasync, file));
 }
-extern "C" int usleep(useconds_t microseconds) {
-  if (onSleep) {
-    onSleep();
-  } else {
-    std::this_thread::sleep_for(std::chrono::microseconds(microseconds));
-  }
+extern "C" int usleep(useconds_t /*microseconds*/) {
+  if (onSleep) onSleep();
   return 0;
 }
 #pragma GCC visibility pop
 
 namespace {
 
-// A process that has begun to change the store and completes that when told to.
-class OtherWriter {
- public:
-  OtherWriter(const std::string& file, const std::string& change) {
-    int begun[2] = {-1, -1};
-    EXPECT_TRUE(pipe(begun) == 0 && pipe(go_) == 0);
-    child_ = fork();
-    char byte = 0;
-    if (child_ == 0) {
-      sqlite3* database = nullptr;
-      const auto run = [&](const std::string& sql) {
-        if (sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) _exit(1);
-      };
-      sqlite3_open(file.c_str(), &database);
-      run("BEGIN IMMEDIATE;" + change);
-      if (write(begun[1], &byte, 1) == 1 && read(go_[0], &byte, 1) == 1) run("COMMIT");
-      _exit(0);
-    }
-    close(begun[1]);
-    EXPECT_EQ(1, read(begun[0], &byte, 1));
-    close(begun[0]);
-  }
-  ~OtherWriter() {
-    complete();
-    close(go_[0]);
-    close(go_[1]);
-  }
+// Runs SQL on the file as any other program would.
+void runSql(const std::string& file, const std::string& sql) {
+  sqlite3* database = nullptr;
+  ASSERT_EQ(SQLITE_OK, sqlite3_open(file.c_str(), &database));
+  EXPECT_EQ(SQLITE_OK, sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr)) << sql;
+  sqlite3_close(database);
+}
 
-  void complete() {
-    if (child_ == 0) return;
-    int status = -1;
-    EXPECT_EQ(1, write(go_[1], "", 1));
-    waitpid(child_, &status, 0);
-    EXPECT_EQ(0, status);
-    child_ = 0;
+// The lock of an SQLite process that has begun to change the file. It belongs to the descriptor,
+// so it stands in the way of this process too.
+class WritersLock {
+ public:
+  explicit WritersLock(const std::string& file) : file_(open(file.c_str(), O_RDWR)) {
+    struct flock lock {
+      F_WRLCK, SEEK_SET, 0x40000001, 1, 0
+    };
+    EXPECT_EQ(0, fcntl(file_, F_OFD_SETLK, &lock));
   }
+  ~WritersLock() { close(file_); }
 
  private:
-  int go_[2] = {-1, -1};
-  pid_t child_ = 0;
+  int file_;
 };
 
 class Store : public testing::Test {
  protected:
-  struct Connection {
-    explicit Connection(const std::string& server)
-        : status(TnConnectServer(server.c_str(), "", "", &handle)) {}
-    ~Connection() {
-      if (status == TN_SUCCESS) TnDisconnect(handle);
-    }
-    TnStatus set(int64_t value) const {
-      return status != TN_SUCCESS ? status
-                                  : TnSetLongValue(handle, kNumber, value, TN_CURRENT_VALUE);
-    }
-    int32_t number() const {
-      int32_t value = 0;
-      return TnGetLongValue(handle, kNumber, &value, TN_CURRENT_VALUE) == TN_SUCCESS ? value : -1;
-    }
-    std::string text() const {
-      char value[TN_TEXT_SIZE];
-      int size = sizeof value;
-      const TnStatus read = TnGetStringValue(handle, kText, &size, value, TN_CURRENT_VALUE);
-      return read == TN_SUCCESS ? value : "refused";
-    }
-
-    TnHandle handle = TN_NO_HANDLE;
-    TnStatus status;
-  };
-
   Store() {
     const Connection first(server);
     EXPECT_EQ(TN_SUCCESS, first.set(5));
-    EXPECT_EQ(TN_SUCCESS, TnSetStringValue(first.handle, kText, "some text", TN_CURRENT_VALUE));
+    EXPECT_EQ(TN_SUCCESS, first.set("some text"));
   }
   ~Store() override {
     syncsSkipped = false;
     onSleep = nullptr;
     TnStop(0);
-  }
-
-  // In place, which is faster than anew.
-  void overwrite(const std::string& bytes) const {
-    fs::resize_file(file, bytes.size());
-    std::fstream(file, std::ios::in | std::ios::out | std::ios::binary) << bytes;
   }
 
   const TempFolder folder;
@@ -139,20 +82,14 @@ class Store : public testing::Test {
 
 // With small pages, for fewer bits.
 TEST_F(Store, LosesNoSettingToAFlippedBit) {
-  sqlite3* database = nullptr;
-  sqlite3_open(file.c_str(), &database);
-  sqlite3_exec(database, "PRAGMA page_size = 512; VACUUM", nullptr, nullptr, nullptr);
-  sqlite3_close(database);
+  runSql(file, "PRAGMA page_size = 512; VACUUM");
   const std::string good = readFile(file);
   ASSERT_EQ(1024U, good.size());
   // A row begins with its length, its id and the lengths of its columns. With a bit of the id
   // changed it is the row of another setting: nothing in the file could tell.
-  const std::set<size_t> ids = {good.find("some text") - 4, good.find("\x00\x0e"
-                                                                      "5",
-                                                                      0, 3) -
-                                                                2};
-  ASSERT_EQ(kNumber, good[*ids.rbegin()]);
-  ASSERT_EQ(kText, good[*ids.begin()]);
+  const std::set<size_t> ids = {good.find(std::string("\x4a\x03\x00\x1e", 4) + "some text"),
+                                good.find(std::string("\x19\x03\x00\x0e", 4) + "5")};
+  ASSERT_FALSE(ids.contains(good.npos));
   syncsSkipped = true;
   std::string wrong;
   int refused = 0;
@@ -160,54 +97,55 @@ TEST_F(Store, LosesNoSettingToAFlippedBit) {
     if (ids.contains(bit / 8)) continue;
     std::string flipped = good;
     flipped[bit / 8] = static_cast<char>(flipped[bit / 8] ^ (1 << bit % 8));
-    overwrite(flipped);
-    bool lost = false;
-    bool kept = false;
-    if (const Connection damaged(server); damaged.status != TN_SUCCESS) {
-      ++refused;
-    } else {
-      const int32_t number = damaged.number();
-      const std::string text = damaged.text();
-      lost = number == kDefaultNumber || text.empty() || (number != 5 && text != "some text");
-      if (damaged.set(6) == TN_SUCCESS) {
-        const Connection after(server);
-        kept = after.number() == 6 && after.text() == text;
-      }
+    // In place, which is faster than anew.
+    fs::resize_file(file, flipped.size());
+    std::fstream(file, std::ios::in | std::ios::out | std::ios::binary) << flipped;
+    const Connection damaged(server);
+    const int32_t number = damaged.number();
+    const std::string text = damaged.text();
+    const bool opened = damaged.status == TN_SUCCESS;
+    refused += opened ? 0 : 1;
+    const bool lost = opened && (number == kDefaultNumber || text.empty() ||
+                                 (number != 5 && text != "some text"));
+    bool kept = damaged.set(6) == TN_SUCCESS;
+    if (kept) {
+      const Connection after(server);
+      kept = after.number() == 6 && after.text() == text;
     }
-    if (lost || !(kept || readFile(file) == flipped)) {
-      wrong += std::to_string(bit / 8) + ":" + std::to_string(bit % 8) + " ";
-    }
+    if (lost || !(kept || readFile(file) == flipped)) wrong += std::to_string(bit) + " ";
   }
   EXPECT_EQ("", wrong);
   EXPECT_GT(refused, 1000);
 }
 
-TEST_F(Store, WaitsForAChangeThatBeganFirst) {
+TEST_F(Store, IsWaitedForWhileOthersChangeItButInVainOnlyOnce) {
   const Connection connection(server);
-  OtherWriter other(file, "UPDATE setting SET value = 'other' WHERE id = 74");
-  onSleep = [&] { other.complete(); };
+  std::optional<WritersLock> lock(file);
+  onSleep = [&] {
+    lock.reset();
+    EXPECT_EQ(TN_SUCCESS, inChild([&] { return Connection(server).set("of another"); }));
+  };
   EXPECT_EQ(TN_SUCCESS, connection.set(6));
   EXPECT_EQ(6, connection.number());
-  EXPECT_EQ("other", connection.text());
-}
+  EXPECT_EQ("of another", connection.text());
 
-TEST_F(Store, WaitsOnceForALockedStore) {
-  const Connection connection(server);
-  OtherWriter other(file, "UPDATE setting SET value = 'other' WHERE id = 74");
+  lock.emplace(file);
   int sleeps = 0;
   onSleep = [&] { ++sleeps; };
-  EXPECT_EQ(TN_STORE_BUSY, connection.set(6));
+  EXPECT_EQ(TN_STORE_BUSY, connection.set(7));
   EXPECT_GT(sleeps, 0);
   sleeps = 0;
-  EXPECT_EQ(TN_STORE_BUSY, connection.set(6));
+  EXPECT_EQ(TN_STORE_BUSY, connection.set(7));
   EXPECT_EQ(0, sleeps);
-  EXPECT_EQ(5, connection.number()) << "reading needs no lock";
-  other.complete();
-  EXPECT_EQ(TN_SUCCESS, connection.set(6));
-  EXPECT_EQ("other", connection.text());
+  EXPECT_EQ(6, connection.number()) << "reading needs no lock";
+  lock.reset();
+  EXPECT_EQ(TN_SUCCESS, connection.set(7));
+  lock.emplace(file);
+  EXPECT_EQ(TN_STORE_BUSY, connection.set(8));
+  EXPECT_GT(sleeps, 0) << "the last change was made";
 }
 
-TEST_F(Store, UsesTheFileThatLiesAtThePathNow) {
+TEST_F(Store, IsTheFileThatLiesAtThePathNow) {
   const Connection connection(server);
   fs::copy_file(file, folder / "copy.db");
   ASSERT_EQ(TN_SUCCESS, connection.set(7));
@@ -228,13 +166,103 @@ TEST_F(Store, IsReadWhenConnectingOrWhenAValueIsAskedFor) {
   writeFile(folder / "knob/settings.db", "Setting ID: 25\n");
   ASSERT_EQ(0, setenv("XDG_STATE_HOME", folder.path().c_str(), 1));
   EXPECT_EQ(TN_STORE_FOREIGN, Connection("").status);
-  char text[TN_TEXT_SIZE];
-  int size = sizeof text;
   TnSettingRecord record{};
   int32_t value = 0;
-  EXPECT_EQ(TN_SUCCESS, TnGetSettingHelp(kNumber, &size, text));
   EXPECT_EQ(TN_SUCCESS, TnGetSettingInfo(TN_LOCAL_HANDLE, kNumber, &record));
   EXPECT_EQ(TN_STORE_FOREIGN, TnGetLongValue(TN_LOCAL_HANDLE, kNumber, &value, TN_CURRENT_VALUE));
+}
+
+TEST_F(Store, IsWrittenForAChangeOnly) {
+  fs::remove(file);
+  const Connection connection(server);
+  EXPECT_EQ(TN_SUCCESS, connection.set(kDefaultNumber));
+  EXPECT_FALSE(fs::exists(file));
+  const struct {
+    int32_t byOthers;  // set through another connection first, of which this one has no news
+    int32_t value;
+    bool written;
+  } steps[] = {{5, 5, false}, {5, kDefaultNumber, true}, {6, kDefaultNumber, true}};
+  for (const auto& step : steps) {
+    ASSERT_EQ(TN_SUCCESS, Connection(server).set(step.byOthers));
+    const std::string before = readFile(file);
+    EXPECT_EQ(TN_SUCCESS, connection.set(step.value));
+    EXPECT_EQ(step.written, readFile(file) != before);
+    EXPECT_EQ(step.value, Connection(server).number());
+  }
+}
+
+TEST_F(Store, ThatCannotBeUsedIsLeftAsItIs) {
+  const std::string good = readFile(file);
+  const std::tuple<TnStatus, std::string, const char*> cases[] = {
+      {TN_STORE_FOREIGN, "Setting ID: 25\n", ""},
+      {TN_STORE_FOREIGN, "", "CREATE TABLE setting (id, value)"},
+      {TN_STORE_NEWER, good, "PRAGMA user_version = 2"},
+      {TN_STORE_DAMAGED, good, "PRAGMA user_version = 0"},
+      {TN_STORE_DAMAGED, std::string(8192, '\0'), ""},
+      {TN_STORE_DAMAGED, good.substr(0, good.size() - 20), ""},
+      {TN_STORE_DAMAGED, good, "ALTER TABLE setting RENAME TO x"},
+      {TN_STORE_DAMAGED, good,
+       "CREATE TRIGGER t BEFORE UPDATE ON setting BEGIN SELECT RAISE(IGNORE); END"},
+      {TN_STORE_DAMAGED, good,
+       "DROP TABLE setting; CREATE VIEW setting (id, value) AS"
+       " WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i FROM n) SELECT i, '' FROM n"},
+      {TN_STORE_DAMAGED, good, "DROP TABLE setting; CREATE TABLE setting (id, value)"},
+      {TN_STORE_DAMAGED, good, "INSERT INTO setting VALUES (1 << 40, '')"},
+      {TN_SUCCESS, good, "INSERT INTO setting VALUES (9999, 'of a later release')"},
+      {TN_SUCCESS, good, "UPDATE setting SET value = 'five' WHERE id = 25"},
+      {TN_SUCCESS, "", ""}};
+  for (const auto& [expected, content, sql] : cases) {
+    SCOPED_TRACE(content.substr(0, 20) + sql);
+    writeFile(file, content);
+    runSql(file, sql);
+    const std::string before = readFile(file);
+    EXPECT_EQ(expected, Connection(server).set(6));
+    EXPECT_TRUE(expected == TN_SUCCESS ? Connection(server).number() == 6
+                                       : readFile(file) == before);
+  }
+  for (const char* const number : {"five", "07", "7 ", "-0"}) {
+    runSql(file, std::string("UPDATE setting SET value = '") + number + "'");
+    const Connection connection(server);
+    int32_t value = 0;
+    EXPECT_EQ(TN_STORE_DAMAGED,
+              TnGetLongValue(connection.handle, kNumber, &value, TN_CURRENT_VALUE));
+  }
+
+  fs::remove(file);
+  mkfifo(file.c_str(), 0666);
+  EXPECT_EQ(TN_STORE_NOT_A_FILE, Connection(server).set(6));
+  fs::remove(file);
+  fs::create_symlink(file, file);
+  EXPECT_EQ(TN_STORE_PATH_UNUSABLE, Connection(server).set(6));
+}
+
+TEST_F(Store, NamesTheRightOrTheFolderThatIsMissing) {
+  const std::tuple<unsigned, unsigned, TnStatus, TnStatus> cases[] = {
+      {0777, 0000, TN_STORE_NOT_READABLE, TN_STORE_NOT_READABLE},
+      {0777, 0444, TN_SUCCESS, TN_STORE_NOT_WRITABLE},
+      {0555, 0666, TN_SUCCESS, TN_STORE_NOT_WRITABLE},
+      {0000, 0666, TN_STORE_NOT_READABLE, TN_STORE_NOT_READABLE}};
+  for (const auto& [folderMode, fileMode, onRead, onWrite] : cases) {
+    SCOPED_TRACE(onWrite);
+    fs::permissions(file, fs::perms(fileMode));
+    fs::permissions(folder.path(), fs::perms(folderMode));
+    EXPECT_EQ(onRead, inChild([&] { return Connection(server).set(5); }, kNobody)) << "it is 5";
+    EXPECT_EQ(onWrite, inChild([&] { return Connection(server).set(6); }, kNobody));
+    fs::permissions(folder.path(), fs::perms(0755));
+  }
+  const Connection nowhere("file:" + folder / "missing/store.db");
+  EXPECT_EQ(kDefaultNumber, nowhere.number());
+  EXPECT_EQ(TN_STORE_NO_FOLDER, nowhere.set(5));
+}
+
+TEST_F(Store, IsNotMadeUnderAPathThatIsTooLong) {
+  EXPECT_EQ(TN_STORE_PATH_UNUSABLE, inChild([this] {
+              const std::string part = "/" + std::string(200, 'd');
+              fs::create_directories(folder.path() + part + part + part);
+              fs::current_path(folder.path() + part + part + part);
+              const TnStatus status = Connection("file:x.db").set(6);
+              return fs::exists("x.db") ? -2 : status;
+            }));
 }
 
 }  // namespace
