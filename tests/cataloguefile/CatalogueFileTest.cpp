@@ -189,7 +189,9 @@ TEST(CatalogueFile, TellsEveryFaultWithItsLine) {
 }
 
 TEST(CatalogueFile, TellsAllFaultsOfAFileInTheirOrder) {
-  for (const char* const store : {"etcd://h", "etcd://h//a", "etcds:///a", "ETCD://h/a", "x:y"}) {
+  for (const char* const store :
+       {"etcd://h", "etcd://h//a", "etcds:///a", "etcd://h:99999/a", "etcd://h/%2F", "etcd://h/a?b",
+        "etcd://u:p/w@h/a", "etcd://::1/a", "etcd://h/a\\u0000b", "ETCD://h/a", "x:y"}) {
     const std::string text = replaced(kSound, "orders.db", store);
     EXPECT_EQ(statusOf(readText(text).faults), TN_CATALOGUE_STORE_UNKNOWN) << store;
   }

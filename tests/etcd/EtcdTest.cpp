@@ -355,6 +355,7 @@ TEST(EtcdAddress, IsReadAsAdministratorsWriteIt) {
     std::string user{}, password{}, userVariable{}, passwordVariable{};
   } cases[] = {
       {"etcd://a/p", "http://a:2379 /p  "},
+      {"etcd://a/settings", "http://a:2379 /settings  "},
       {"etcds://a:1,b,[::1],[::1]:7/p/q/",
        "https://a:1 https://b:2379 https://[::1]:2379 https://[::1]:7 /p/q  "},
       {"etcd://u%40v:a%2Fb@a/p%20%2Fq", "http://a:2379 /p /q u@v a/b"},
@@ -378,8 +379,11 @@ TEST(EtcdAddress, IsReadAsAdministratorsWriteIt) {
   unsetenv("ETCDCTL_USER");
   unsetenv("ETCDCTL_PASSWORD");
   for (std::string const wrong :
-       {"a", "a/", "/p", "a//p", "a/p//", "a/p%2f%2Fq", "a/p%2", "a/p%zz", "a/p?x=1", "a,/p",
-        "a,,b/p", "a:0/p", "a:65536/p", "a:x/p", "[::1/p", "a b/p", "a\r\n/p"}) {
+       {"a",          "a/",        "/p",         "a//p",         "a/p//",
+        "a/p%2f%2Fq", "a/p%2",     "a/p%zz",     "a/p?x=1",      "a,/p",
+        "a,,b/p",     "u:p/w@a/p", "u:80/w@a/p", "a/p/settings", "a/p/settings/q",
+        "a:0/p",      "a:65536/p", "a:x/p",      "[::1/p",       "a b/p",
+        "a\r\n/p"}) {
     const auto parse = [&] { Address::parse("etcd://" + wrong, "", ""); };
     EXPECT_EQ(TN_ETCD_ADDRESS_INVALID, statusOf(parse)) << wrong;
   }
