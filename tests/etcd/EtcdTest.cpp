@@ -305,6 +305,9 @@ TEST_F(Etcd, GuardsSettingsWithLoginsAndCertificates) {
   }
 }
 
+constexpr char kNoKeys[] =
+    R"({"responses":[{"response_range":{}},{"response_range":{}}],"succeeded":true})";
+
 TEST(EtcdAnswers, AreToldApart) {
   const std::pair<std::string, TnStatus> cases[] = {
       {json(400, 3, "etcdserver: request is too large"), TN_ETCD_REQUEST_TOO_LARGE},
@@ -316,10 +319,13 @@ TEST(EtcdAnswers, AreToldApart) {
       {httpAnswer(302, "", "Location: /\r\n"), TN_ETCD_NO_GATEWAY},
       {httpAnswer(200, "<html>"), TN_ETCD_NO_GATEWAY},
       {httpAnswer(200, std::string(5 << 20, 'x')), TN_ETCD_ANSWER_TOO_LARGE},
-      {httpAnswer(200, "{}"), TN_REGISTRY_DAMAGED},
-      {httpAnswer(200, R"({"responses":[{},{"response_range":{"kvs":[{"key":"*"}]}}]})"),
+      {httpAnswer(200, "{}"), TN_ETCD_NO_GATEWAY},
+      {httpAnswer(200, R"({"responses":[{},{}]})"), TN_ETCD_NO_GATEWAY},
+      {httpAnswer(200, std::string(1 << 20, '[') + std::string(1 << 20, ']')), TN_ETCD_NO_GATEWAY},
+      {httpAnswer(200, R"({"responses":[{"response_range":{}},)"
+                       R"({"response_range":{"kvs":[{"key":"*"}]}}]})"),
        TN_REGISTRY_DAMAGED},
-      {httpAnswer(200, R"({"responses":[{},{}]})"), TN_SUCCESS},
+      {httpAnswer(200, kNoKeys), TN_SUCCESS},
   };
   for (const auto& [answer, status] : cases) {
     const HttpDouble server([&, bytes = answer](const std::string&) { return Reply{bytes}; });
@@ -337,8 +343,7 @@ TEST(EtcdAnswers, ThatALoginHasExpiredLeadToAnotherOne) {
     }
     const bool good =
         request.find("Authorization: t" + std::to_string(usable)) != std::string::npos;
-    return Reply{good ? httpAnswer(200, R"({"responses":[{},{}],"succeeded":true})")
-                      : json(401, 16, "etcdserver: invalid auth token")};
+    return Reply{good ? httpAnswer(200, kNoKeys) : json(401, 16, "etcdserver: invalid auth token")};
   });
   EtcdStore store(Address::parse("etcd://" + server.address() + "/p", "u", "p"));
   EXPECT_EQ(TN_SUCCESS, statusOf([&] { store.readAll(); }));
@@ -347,6 +352,15 @@ TEST(EtcdAnswers, ThatALoginHasExpiredLeadToAnotherOne) {
   EXPECT_EQ(TN_SUCCESS, statusOf([&] { store.write(1, "x"); }));
   usable = 9;
   EXPECT_EQ(TN_ETCD_LOGIN_REFUSED, statusOf([&] { store.readAll(); }));
+}
+
+TEST(EtcdAnswers, ThatRefuseEveryChangeAreAskedNowAndThen) {
+  const HttpDouble server([](const std::string&) {
+    return Reply{httpAnswer(200, R"({"responses":[{"response_range":{}},{"response_range":{}}]})")};
+  });
+  EtcdStore store(Address::parse("etcd://" + server.address() + "/p", "", ""));
+  EXPECT_EQ(TN_ETCD_ERROR, statusOf([&] { store.write(1, "x"); }));
+  EXPECT_GT(300U, server.requests().size());
 }
 
 TEST(EtcdAddress, IsReadAsAdministratorsWriteIt) {
