@@ -138,6 +138,8 @@ TEST(CatalogueFile, TellsEveryFaultWithItsLine) {
       {"\"Of the day.\"", "\"\"\"Of\nthe day.\"\"\"",
        "20: setting 1002: the description holds a line end or another control character"},
       {"\"Of the day.\"", "'C:\\'", "20: setting 1002: the description holds a backslash"},
+      {"Of the day.", std::string(1901, 'd'),
+       "20: setting 1002: the description has 1901 bytes, more than 1900"},
       // Limits and defaults.
       {"minimum = 1", "minimum = 30", "12: setting 1001: the default 20 is outside 30 to 500"},
       {"500\n  default = 20", "\"disk\"\n  default = -1",
