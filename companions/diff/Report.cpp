@@ -21,12 +21,17 @@ using Row = std::array<std::string, 4>;  // id, name, the two values
 // In characters.
 size_t width(const std::string& text) { return static_cast<size_t>(kz::String(text).length()); }
 
-// Values of strangers must not move a terminal's cursor.
-std::string printable(std::string text) {
-  for (char& c : text) {
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = '?';
+// Values of strangers must not move a terminal's cursor. U+0080 to U+009F do so, too.
+std::string printable(const std::string& text) {
+  std::string shown;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
+    const bool isPair = byte == 0xc2 && next >= 0x80 && next < 0xa0;
+    shown += isPair || byte < 0x20 || byte == 0x7f ? '?' : text[i];
+    if (isPair) ++i;
   }
-  return text;
+  return shown;
 }
 
 std::string cell(const std::optional<std::string>& value) {

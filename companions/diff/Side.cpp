@@ -21,15 +21,18 @@ constexpr Scheme kSchemes[] = {{"postgresql", "PGPASSWORD"}, {"postgres", "PGPAS
                                {"patroni", "PGPASSWORD"},    {"patronis", "PGPASSWORD"},
                                {"etcd", "ETCDCTL_PASSWORD"}, {"etcds", "ETCDCTL_PASSWORD"}};
 
-// The part before the first colon, if it looks like one of an address.
+// The part before the first colon, if it looks like one of an address, or "://" follows.
 std::optional<std::string_view> schemeOf(std::string_view name) {
   const size_t colon = name.find(':');
+  if (colon == name.npos) return std::nullopt;
+  const std::string_view scheme = name.substr(0, colon);
+  if (scheme.find('/') == scheme.npos && name.substr(colon).starts_with("://")) return scheme;
   const auto isPart = [](unsigned char c) { return std::isalnum(c) || c == '+' || c == '-'; };
-  if (colon == name.npos || colon < 2 || !std::isalpha(static_cast<unsigned char>(name[0])) ||
-      !std::all_of(name.begin(), name.begin() + static_cast<std::ptrdiff_t>(colon), isPart)) {
+  if (colon < 2 || !std::isalpha(static_cast<unsigned char>(name[0])) ||
+      !std::ranges::all_of(scheme, isPart)) {
     return std::nullopt;
   }
-  return name.substr(0, colon);
+  return scheme;
 }
 
 bool isThisMachine(const std::string& name) {
@@ -62,7 +65,7 @@ std::optional<std::string> takePassword(std::string& address) {
   const size_t start = address.find("://");
   if (start == address.npos) return std::nullopt;
   const size_t login = start + 3;
-  const size_t at = address.substr(0, address.find_first_of("/?#", login)).rfind('@');
+  const size_t at = address.substr(0, address.find('/', login)).rfind('@');
   const size_t colon = address.find(':', login);
   if (at == address.npos || at < login || colon >= at) return std::nullopt;
   std::string password =
@@ -71,20 +74,46 @@ std::optional<std::string> takePassword(std::string& address) {
   return password;
 }
 
-// The same for a "password=" among the options of an address.
-std::optional<std::string> takePasswordOption(std::string& address) {
-  constexpr std::string_view kOption = "password=";
+// Takes the options with such names out of the address, and gives the value of the last one, which
+// is the one that counts.
+std::optional<std::string> takeOptions(std::string& address,
+                                       bool (*isWanted)(const std::string& name)) {
+  std::optional<std::string> value;
   const size_t question = address.find('?');
-  for (size_t at = question; at < address.size(); at = address.find('&', at + 1)) {
-    if (address.compare(at + 1, kOption.size(), kOption) != 0) continue;
-    const size_t value = at + 1 + kOption.size();
-    const size_t end = std::min(address.find('&', value), address.size());
-    std::string password = percentDecoded(std::string_view(address).substr(value, end - value));
-    address.erase(at + 1, std::min(end + 1, address.size()) - at - 1);
-    if (address.ends_with('?') || address.ends_with('&')) address.pop_back();
-    return password;
+  std::string rest = address.substr(0, question);
+  for (size_t at = question; at < address.size();) {
+    const size_t end = std::min(address.find('&', at + 1), address.size());
+    const std::string option = address.substr(at + 1, end - at - 1);
+    const size_t equals = std::min(option.find('='), option.size());
+    if (isWanted(percentDecoded(option.substr(0, equals)))) {
+      value = percentDecoded(option.substr(std::min(equals + 1, option.size())));
+    } else {
+      rest += (rest.size() == question ? '?' : '&') + option;
+    }
+    at = end;
   }
-  return std::nullopt;
+  address = rest;
+  return value;
+}
+
+bool isPassword(const std::string& name) { return name == "password"; }
+
+// Any of them in any letter case: "sslpassword" is one, too.
+bool endsLikePassword(const std::string& name) {
+  constexpr std::string_view kEnd = "password";
+  return name.size() >= kEnd.size() &&
+         strcasecmp(name.c_str() + name.size() - kEnd.size(), kEnd.data()) == 0;
+}
+
+// For people: also a mistyped address shows no password. One with a slash in it ends at an at sign
+// behind that slash.
+std::string withoutSecrets(std::string address) {
+  takeOptions(address, endsLikePassword);
+  const size_t login = address.find_first_not_of('/', address.find(':') + 1);
+  const size_t colon = address.find(':', login);
+  const size_t at = address.substr(0, address.find('?')).rfind('@');
+  if (at != address.npos && colon < at) address.erase(colon, at - colon);
+  return address;
 }
 
 }  // namespace
@@ -97,13 +126,16 @@ Side::Side(const std::string& name) : shown(name) {
     return;
   }
   server = name;
+  if (scheme == "file" || scheme == "registry") return;  // and a path, whatever it looks like
   const auto* const known = std::ranges::find(kSchemes, scheme.value_or(""), &Scheme::name);
-  if (known != std::end(kSchemes)) {
-    const auto beforeHost = takePassword(server);
-    const auto option = takePasswordOption(server);
-    if (option || beforeHost) environment[known->passwordVariable] = option ? *option : *beforeHost;
+  if (known == std::end(kSchemes)) {
+    server = shown = withoutSecrets(name);  // refused in any case
+    return;
   }
-  shown = server;
+  const auto beforeHost = takePassword(server);
+  const auto option = takeOptions(server, isPassword);
+  if (option || beforeHost) environment[known->passwordVariable] = option ? *option : *beforeHost;
+  shown = withoutSecrets(server);
 }
 
 }  // namespace diff

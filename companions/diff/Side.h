@@ -12,8 +12,10 @@ struct Side {
   // are servers; everything else is the path of a file.
   explicit Side(const std::string& name);
 
-  std::string shown{};   // the name without a password, for people
-  std::string server{};  // the name without a password, for knob; empty for a file
+  std::string shown{};  // the name without any password, for people
+  // The name for knob; empty for a file. Of passwords it holds those that no variable hands on,
+  // such as "sslpassword".
+  std::string server{};
   std::string path{};
   std::string user{};
   // What hands the password on, and nothing but it: arguments of a process can be seen by others.

@@ -8,6 +8,7 @@
 
 #include "tuning/Characters.h"
 #include "tuning/EngineModule.h"
+#include "tuning/EtcdName.h"
 #include "tuning/TuningError.h"
 #include "tuning/registry/LocalEngine.h"
 #include "tuning/registry/RegistryDoors.h"
@@ -103,10 +104,6 @@ std::unique_ptr<Engine> openModule(const char* fileName, const Login& login) {
   return opened(status, engine);
 }
 
-bool liesInEtcd(std::string_view store) {
-  return store.starts_with("etcd://") || store.starts_with("etcds://");
-}
-
 std::unique_ptr<Engine> openRegistry(const Login& login) {
   auto* read = findDoor<TnReadCatalogueFunction>("libtn-registry.so", TN_READ_CATALOGUE_SYMBOL);
   std::shared_ptr<const registry::Catalogue> catalogue;
@@ -115,7 +112,7 @@ std::unique_ptr<Engine> openRegistry(const Login& login) {
       read(TN_MODULE_INTERFACE, login.server.c_str() + kRegistryPrefix.size(), &catalogue, &store);
   if (status != TN_SUCCESS) throw TuningError(status);
 
-  if (!liesInEtcd(store)) {
+  if (!EtcdName::begins(store)) {
     return connectLocal(login, std::move(catalogue),
                         std::make_unique<registry::SqliteStore>(store));
   }
@@ -144,9 +141,7 @@ constexpr ServerForm kServerForms[] = {
        return server.starts_with("patroni://") || server.starts_with("patronis://");
      },
      [](const Login& login) { return openModule("libtn-patroni.so", login); }},
-    {[](const std::string& server) {
-       return server.starts_with("etcd://") || server.starts_with("etcds://");
-     },
+    {[](const std::string& server) { return EtcdName::begins(server); },
      [](const Login& login) { return openModule("libtn-etcd.so", login); }},
 };
 

@@ -91,6 +91,7 @@ TEST(CatalogueFile, TellsEveryFaultWithItsLine) {
       {"Colour", "Setting ID: 7", 17, "setting 1002: the name holds a colon"},
       {"More", "M\\\\", 15, "category \"M\\\": the name holds a backslash"},
       {"Day's.", "C:\\\\", 17, "setting 1002: the description holds a backslash"},
+      {"Day's.", std::string(1901, 'd'), 17, "the description has 1901 bytes, more than 1900"},
       // Limits and defaults.
       {"minimum = 1", "minimum = 30", 12, "setting 1001: the default 20 is outside 30 to 500"},
       {"500\n  default = 20", "\"disk\"\n  default = -1", 12, "default -1 is outside 1 to disk"},
@@ -125,7 +126,9 @@ TEST(CatalogueFile, TellsEveryFaultWithItsLine) {
 }
 
 TEST(CatalogueFile, TellsAllFaultsOfAFileInTheirOrder) {
-  for (const char* const store : {"etcd://h", "etcd://h//a", "etcds:///a", "ETCD://h/a", "x:y"}) {
+  for (const char* const store :
+       {"etcd://h", "etcd://h//a", "etcds:///a", "etcd://h:99999/a", "etcd://h/%2F", "etcd://h/a?b",
+        "etcd://u:p/w@h/a", "etcd://::1/a", "etcd://h/a\\u0000b", "ETCD://h/a", "x:y"}) {
     const std::string text = replaced(kSound, "orders.db", store);
     EXPECT_EQ(statusOf(readText(text).faults), TN_CATALOGUE_STORE_UNKNOWN) << store;
   }

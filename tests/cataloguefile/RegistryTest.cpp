@@ -114,7 +114,7 @@ TEST_F(Registry, LoadsNoMoreThanItNeeds) {
 }
 
 TEST_F(Registry, HasACompanionThatChecksCatalogues) {
-  edit("\"orders.db\"", "\"etcds://my:pw@a,b/orders\"");
+  edit("\"orders.db\"", "\"etcds://my:p@w@a,b/orders\"");
   expectPart(check({"orders.toml"}).out, "values in etcds://a,b/orders\n");
   edit("default = 20", "default = 0");
   edit("name = \"Stock Check\"", "name = \"Pool\\u001bSize\"\n\"a\\nb\" = 1");

@@ -58,14 +58,15 @@ class Completion : public testing::TestWithParam<std::string> {
 
 TEST_P(Completion, PutsIdsAndValuesOfTheEngineThatTheLineNames) {
   const std::string server = "<knob><-S><" + store + ">";
-  EXPECT_EQ(completed({"knob replacement\t", "knob 'lock wait l\t", "knob 15 fr\t", "knob 25 \t",
-                       "knob -S \"$A\" replacement\t", "knob -S $A 65 of\t", "knob -J\t",
-                       "knob --SE\t", "knob-diff --sett\t", "knob-diff localh\t",
-                       "knob no such setting\t", "knob replica\t", "knob -S $A 74 \t"}),
-            (Words{"<knob><15>", "<knob><25>", "<knob><15><1>", "<knob><25><20>", server + "<15>",
-                   server + "<65><off>", "<knob><-JSON>", "<knob><--SERVER>",
-                   "<knob-diff><--settings>", "<knob-diff><localhost>", "<knob><no><such><setting>",
-                   "<knob><replica>", server + "<74><$(touch " + evaluated + ") 'x>"}));
+  EXPECT_EQ(
+      completed({"knob replacement\t", "knob 'lock wait l\t", "knob 15 fr\t", "knob 25 \t",
+                 "knob -S \"$A\" replacement\t", "knob -S $A 65 of\t", "knob -J\t", "knob --SE\t",
+                 "knob-diff --sett\t", "knob-diff localh\tx", "knob-diff patronis\th",
+                 "knob no such setting\t", "knob replica\t", "knob -S $A 74 \t"}),
+      (Words{"<knob><15>", "<knob><25>", "<knob><15><1>", "<knob><25><20>", server + "<15>",
+             server + "<65><off>", "<knob><-JSON>", "<knob><--SERVER>", "<knob-diff><--settings>",
+             "<knob-diff><localhost><x>", "<knob-diff><patronis://h>", "<knob><no><such><setting>",
+             "<knob><replica>", server + "<74><$(touch " + evaluated + ") 'x>"}));
   EXPECT_FALSE(std::filesystem::exists(evaluated)) << "of the engine";
   // The line's own command is run once, with the line.
   EXPECT_EQ(completed({"knob -S \"$(echo x >> " + evaluated + ";echo x)\" 25 \t"}),

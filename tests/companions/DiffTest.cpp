@@ -60,6 +60,10 @@ TEST_F(Diff, TellsTheSameOfServersAndFilesInEitherForm) {
     EXPECT_EQ(0, outcome.status) << outcome.err;
     EXPECT_EQ("", outcome.out);
   }
+  const std::string odd = file(
+      "Setting ID: 74\nCurrent Value: a\x1b\xc2\x9b"
+      "b\xc3\x9b\n");
+  EXPECT_NE(diff({odd, store("a")}).out.find("  a??b\xc3\x9b  "), std::string::npos);
 }
 
 TEST_F(Diff, ComparesWhatIsAskedFor) {
@@ -155,9 +159,17 @@ TEST_F(Diff, RefusesWhatCannotBeReadBeyondDoubt) {
 TEST(DiffSide, HandsPasswordsOnThroughTheEnvironmentAlone) {
   const struct {
     std::string name, server, variable, value;
+    std::string shown{};  // if it is not the server
   } cases[] = {
       {"postgresql://u:p%40w@h/d", "postgresql://u@h/d", "PGPASSWORD", "p@w"},
       {"postgres://h/d?password=x&sslmode=off", "postgres://h/d?sslmode=off", "PGPASSWORD", "x"},
+      {"postgres://h/d?password=x&a=b&pass%77ord=y", "postgres://h/d?a=b", "PGPASSWORD", "y"},
+      {"postgres://u:p?w@h/d", "postgres://u@h/d", "PGPASSWORD", "p?w"},
+      {"postgres://h/d?sslpassword=x&a=b", "postgres://h/d?sslpassword=x&a=b", "", "",
+       "postgres://h/d?a=b"},
+      {"postgres://u:p/w@h/d", "postgres://u:p/w@h/d", "", "", "postgres://u@h/d"},
+      {"POSTGRES://u:p@h/d?PASSWORD=x", "POSTGRES://u@h/d", "", ""},
+      {"post_gres://u:p@h", "post_gres://u@h", "", ""},
       {"postgresql://u@h:5432,i:5433/d", "postgresql://u@h:5432,i:5433/d", "", ""},
       {"postgresql://h/d?a=b&password=", "postgresql://h/d?a=b", "PGPASSWORD", ""},
       {"etcds://u:p@[::1]:2379/x", "etcds://u@[::1]:2379/x", "ETCDCTL_PASSWORD", "p"},
@@ -169,7 +181,8 @@ TEST(DiffSide, HandsPasswordsOnThroughTheEnvironmentAlone) {
   for (const auto& test : cases) {
     const diff::Side side(test.name);
     EXPECT_EQ(test.server, side.server) << test.name;
-    EXPECT_EQ(side.isServer() ? test.server : test.name, side.shown);
+    const std::string& unchanged = side.isServer() ? test.server : test.name;
+    EXPECT_EQ(test.shown.empty() ? unchanged : test.shown, side.shown);
     const std::map<std::string, std::string> expected = {{test.variable, test.value}};
     EXPECT_EQ(test.variable.empty() ? decltype(expected){} : expected, side.environment);
   }

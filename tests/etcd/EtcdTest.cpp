@@ -305,6 +305,9 @@ TEST_F(Etcd, GuardsSettingsWithLoginsAndCertificates) {
   }
 }
 
+constexpr char kNoKeys[] =
+    R"({"responses":[{"response_range":{}},{"response_range":{}}],"succeeded":true})";
+
 TEST(EtcdAnswers, AreToldApart) {
   const std::pair<std::string, TnStatus> cases[] = {
       {json(400, 3, "etcdserver: request is too large"), TN_ETCD_REQUEST_TOO_LARGE},
@@ -316,10 +319,13 @@ TEST(EtcdAnswers, AreToldApart) {
       {httpAnswer(302, "", "Location: /\r\n"), TN_ETCD_NO_GATEWAY},
       {httpAnswer(200, "<html>"), TN_ETCD_NO_GATEWAY},
       {httpAnswer(200, std::string(5 << 20, 'x')), TN_ETCD_ANSWER_TOO_LARGE},
-      {httpAnswer(200, "{}"), TN_REGISTRY_DAMAGED},
-      {httpAnswer(200, R"({"responses":[{},{"response_range":{"kvs":[{"key":"*"}]}}]})"),
+      {httpAnswer(200, "{}"), TN_ETCD_NO_GATEWAY},
+      {httpAnswer(200, R"({"responses":[{},{}]})"), TN_ETCD_NO_GATEWAY},
+      {httpAnswer(200, std::string(1 << 20, '[') + std::string(1 << 20, ']')), TN_ETCD_NO_GATEWAY},
+      {httpAnswer(200, R"({"responses":[{"response_range":{}},)"
+                       R"({"response_range":{"kvs":[{"key":"*"}]}}]})"),
        TN_REGISTRY_DAMAGED},
-      {httpAnswer(200, R"({"responses":[{},{}]})"), TN_SUCCESS},
+      {httpAnswer(200, kNoKeys), TN_SUCCESS},
   };
   for (const auto& [answer, status] : cases) {
     const HttpDouble server([&, bytes = answer](const std::string&) { return Reply{bytes}; });
@@ -337,8 +343,7 @@ TEST(EtcdAnswers, ThatALoginHasExpiredLeadToAnotherOne) {
     }
     const bool good =
         request.find("Authorization: t" + std::to_string(usable)) != std::string::npos;
-    return Reply{good ? httpAnswer(200, R"({"responses":[{},{}],"succeeded":true})")
-                      : json(401, 16, "etcdserver: invalid auth token")};
+    return Reply{good ? httpAnswer(200, kNoKeys) : json(401, 16, "etcdserver: invalid auth token")};
   });
   EtcdStore store(Address::parse("etcd://" + server.address() + "/p", "u", "p"));
   EXPECT_EQ(TN_SUCCESS, statusOf([&] { store.readAll(); }));
@@ -349,12 +354,22 @@ TEST(EtcdAnswers, ThatALoginHasExpiredLeadToAnotherOne) {
   EXPECT_EQ(TN_ETCD_LOGIN_REFUSED, statusOf([&] { store.readAll(); }));
 }
 
+TEST(EtcdAnswers, ThatRefuseEveryChangeAreAskedNowAndThen) {
+  const HttpDouble server([](const std::string&) {
+    return Reply{httpAnswer(200, R"({"responses":[{"response_range":{}},{"response_range":{}}]})")};
+  });
+  EtcdStore store(Address::parse("etcd://" + server.address() + "/p", "", ""));
+  EXPECT_EQ(TN_ETCD_ERROR, statusOf([&] { store.write(1, "x"); }));
+  EXPECT_GT(300U, server.requests().size());
+}
+
 TEST(EtcdAddress, IsReadAsAdministratorsWriteIt) {
   const struct {
     std::string server, understood;  // endpoints, prefix, user and password
     std::string user{}, password{}, userVariable{}, passwordVariable{};
   } cases[] = {
       {"etcd://a/p", "http://a:2379 /p  "},
+      {"etcd://a/settings", "http://a:2379 /settings  "},
       {"etcds://a:1,b,[::1],[::1]:7/p/q/",
        "https://a:1 https://b:2379 https://[::1]:2379 https://[::1]:7 /p/q  "},
       {"etcd://u%40v:a%2Fb@a/p%20%2Fq", "http://a:2379 /p /q u@v a/b"},
@@ -378,8 +393,11 @@ TEST(EtcdAddress, IsReadAsAdministratorsWriteIt) {
   unsetenv("ETCDCTL_USER");
   unsetenv("ETCDCTL_PASSWORD");
   for (std::string const wrong :
-       {"a", "a/", "/p", "a//p", "a/p//", "a/p%2f%2Fq", "a/p%2", "a/p%zz", "a/p?x=1", "a,/p",
-        "a,,b/p", "a:0/p", "a:65536/p", "a:x/p", "[::1/p", "a b/p", "a\r\n/p"}) {
+       {"a",          "a/",        "/p",         "a//p",         "a/p//",
+        "a/p%2f%2Fq", "a/p%2",     "a/p%zz",     "a/p?x=1",      "a,/p",
+        "a,,b/p",     "u:p/w@a/p", "u:80/w@a/p", "a/p/settings", "a/p/settings/q",
+        "a:0/p",      "a:65536/p", "a:x/p",      "[::1/p",       "a b/p",
+        "a\r\n/p"}) {
     const auto parse = [&] { Address::parse("etcd://" + wrong, "", ""); };
     EXPECT_EQ(TN_ETCD_ADDRESS_INVALID, statusOf(parse)) << wrong;
   }

@@ -48,7 +48,7 @@ TEST(Http, TellsFailuresApart) {
       {"announced too large", {httpAnswer(200, large)}, Failure::tooLarge},
       {"too large", {head + "\r\n" + large}, Failure::tooLarge},
       {"too large a head",
-       {head + "A: " + large.substr(0, kLargest / 2) + "\r\nB: " + large + "\r\n"},
+       {head + "A: " + large + "\r\nB: " + large + "\r\nC: " + large + "\r\n"},
        Failure::tooLarge},
       {"silent", {""}, Failure::timeout},
       {"stuck", {head + "Content-Length: 9\r\n\r\n1234"}, Failure::timeout},
@@ -96,7 +96,6 @@ TEST(Http, SendsWhatWasAskedForAndNothingOfTheEnvironment) {
       {{Method::get, "/a?b=c"}, "GET /a?b=c HTTP/1.1\r\n"},
       {{Method::post, "/p", "{\"a\":1}", {"Extra: true"}}, "POST /p HTTP/1.1\r\n"},
       {{Method::patch, "/p", "{}"}, "PATCH /p HTTP/1.1\r\n"},
-      {{Method::put, "/p", "[]"}, "PUT /p HTTP/1.1\r\n"},
   };
   for (const auto &[request, line] : cases) {
     for (Client *const client : {&plain, &known}) {

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "tuning/EtcdName.h"
 #include "tuning/cataloguefile/CatalogueText.h"
 #include "tuning/cataloguefile/LineText.h"
 #include "tuning/cataloguefile/SettingReader.h"
@@ -75,21 +76,6 @@ bool hasScheme(std::string_view store) {
   return end != text.npos && end > 0 && text[end] == ':';
 }
 
-bool isInEtcd(std::string_view store) {
-  return store.starts_with("etcd://") || store.starts_with("etcds://");
-}
-
-// A host, and a prefix without an empty part but for one at its end.
-bool namesPrefix(std::string_view address) {
-  address.remove_prefix(address.find("//") + 2);
-  const size_t slash = address.find('/');
-  if (slash == 0 || slash == address.npos) return false;
-  std::string_view prefix = address.substr(slash + 1);
-  if (prefix.ends_with('/')) prefix.remove_suffix(1);
-  return !prefix.empty() && !prefix.starts_with('/') && !prefix.ends_with('/') &&
-         prefix.find("//") == prefix.npos;
-}
-
 std::string besideFile(std::string_view store, const std::string& path) {
   const size_t slash = path.rfind('/');
   const bool relative = !store.starts_with('/') && slash != path.npos;
@@ -137,13 +123,16 @@ bool Reader::parse(const std::string& text) {
 void Reader::readStore(TableReader& top, const std::string& path) {
   const auto store = top.text("store");
   if (!store) return;
-  if (isInEtcd(*store)) {
+  const bool holdsNul = store->find('\0') != store->npos;
+  if (EtcdName::begins(*store) && !holdsNul) {
     file_.store = *store;
-    if (!namesPrefix(*store)) {
-      top.fault("store", "the address in etcd has no host or no prefix (etcd://HOST:PORT/PREFIX)",
+    if (!EtcdName::parse(*store)) {
+      top.fault("store",
+                "the store is no valid address in etcd (etcd://HOST:PORT/PREFIX; percent-encode "
+                "slashes, colons and at signs in the user name and password)",
                 TN_CATALOGUE_STORE_UNKNOWN);
     }
-  } else if (store->empty() || hasScheme(*store) || store->find('\0') != store->npos) {
+  } else if (store->empty() || hasScheme(*store) || holdsNul) {
     top.fault("store",
               "the store is neither the path of a file nor an address that begins with etcd:// or "
               "etcds://",

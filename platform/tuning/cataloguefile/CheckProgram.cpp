@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "service/TuningInterface.h"
+#include "tuning/EtcdName.h"
 #include "tuning/cataloguefile/CatalogueFile.h"
 #include "tuning/cataloguefile/LineText.h"
 #include "tuning/cataloguefile/NewCatalogue.h"
@@ -61,13 +62,11 @@ std::string help() {
   return text + line + '\n';
 }
 
-// An address may hold a user name and a password.
+// An address may hold a user name and a password: all between its scheme and the last at sign.
 std::string withoutLogin(const std::string& store) {
-  const size_t scheme = store.find("://");
-  if (scheme == store.npos) return store;
-  const size_t host = scheme + 3;
-  const size_t at = store.substr(0, store.find('/', host)).rfind('@');
-  return at == store.npos ? store : store.substr(0, host) + store.substr(at + 1);
+  const size_t at = store.rfind('@');
+  if (!tn::EtcdName::begins(store) || at == store.npos) return store;
+  return store.substr(0, store.find("://") + 3) + store.substr(at + 1);
 }
 
 std::string counted(size_t count, const char* one, const char* many) {

@@ -22,7 +22,8 @@ constexpr LineRule kChoiceRule{TN_NAME_SIZE - 1, "\"\\"};
 // An import takes the first word of a line for a boolean, and callers provide three bytes less than
 // they have room for.
 constexpr LineRule kWordRule{TN_WORD_SIZE - 4, "\"\\ "};
-constexpr LineRule kDescriptionRule{std::numeric_limits<size_t>::max(), "\\"};
+// A message with its arguments has 2,047 bytes at most, and what is longer is cut.
+constexpr LineRule kDescriptionRule{1900, "\\"};
 
 constexpr std::string_view kOnOff[] = {"on", "off"};
 

@@ -1,9 +1,5 @@
-// Which etcd is meant, which keys in it, and as whom:
-//
-//   etcd://[USER[:PASSWORD]@]HOST[:PORT][,HOST2[:PORT2]...]/PREFIX     etcds://... with TLS
-//
-// The port is 2379 unless given; an IPv6 address stands in brackets. User, password and prefix are
-// percent-decoded. Where a user or password is given neither in the name nor beside it, and for the
+// Which etcd is meant, which keys in it, and as whom: what the name of a registry says
+// (EtcdName.h). Where a user or password is given neither in the name nor beside it, and for the
 // files of TLS, the variables of etcdctl hold: ETCDCTL_USER (NAME or NAME:PASSWORD),
 // ETCDCTL_PASSWORD, ETCDCTL_CACERT, ETCDCTL_CERT, ETCDCTL_KEY.
 #ifndef KNOB_ETCD_ADDRESS_H

@@ -1,7 +1,9 @@
 #include "tuning/etcd/EtcdStore.h"
 
+#include <algorithm>
 #include <charconv>
 #include <string_view>
+#include <thread>
 #include <utility>
 
 #include "tuning/TuningError.h"
@@ -13,7 +15,11 @@ namespace {
 using http::Json;
 using http::member;
 
+using std::chrono::milliseconds;
+
 constexpr std::chrono::seconds kOperationTime{10};
+constexpr milliseconds kLongestPause{64};
+constexpr std::chrono::seconds kLastTry{1};  // before the end: its answer shall come in time
 constexpr char kTransaction[] = "/v3/kv/txn";
 constexpr char kRange[] = "/v3/kv/range";
 constexpr std::string_view kFormatName = "knob-registry ";
@@ -56,6 +62,13 @@ const Json& keysOf(const Json& response) {
   if (keys.is_null()) return none;
   if (!keys.is_array()) damaged();
   return keys;
+}
+
+// Servers of other kinds answer any request with some JSON.
+const Json& keysOfRange(const Json& response) {
+  const Json& range = member(response, "response_range");
+  if (!range.is_object()) throw TuningError(TN_ETCD_NO_GATEWAY);
+  return keysOf(range);
 }
 
 void checkFormat(const std::string& found) {
@@ -106,7 +119,7 @@ void EtcdStore::write(int32_t settingId, const std::string& value) {
 // `unknown` tells whether it may have been stored, also when this throws.
 void EtcdStore::change(int32_t settingId, const std::string& value, http::Deadline deadline,
                        bool& unknown) {
-  for (;;) {
+  for (milliseconds pause{1};; pause = std::min(2 * pause, kLongestPause)) {
     const int64_t before = revisionOf(settingId);
     const auto answer = gateway_.change(kTransaction, changeOf(settingId, value), deadline);
     if (!answer) {
@@ -123,6 +136,9 @@ void EtcdStore::change(int32_t settingId, const std::string& value, http::Deadli
     if (unknown && wasStored(settingId, value, before, deadline)) return;
     // The transactions that were lost no longer apply either.
     unknown = false;
+    // Other machines were faster, or this is no etcd.
+    if (http::Clock::now() + kLastTry > deadline) throw TuningError(TN_ETCD_ERROR);
+    std::this_thread::sleep_for(pause);
   }
 }
 
@@ -178,9 +194,9 @@ Json EtcdStore::changeOf(int32_t settingId, const std::string& value) const {
 }
 
 EtcdStore::Contents EtcdStore::contentsOf(const Json& ranges) const {
-  if (!ranges.is_array() || ranges.size() != 2) damaged();
-  const Json& formats = keysOf(member(ranges[0], "response_range"));
-  const Json& settings = keysOf(member(ranges[1], "response_range"));
+  if (!ranges.is_array() || ranges.size() != 2) throw TuningError(TN_ETCD_NO_GATEWAY);
+  const Json& formats = keysOfRange(ranges[0]);
+  const Json& settings = keysOfRange(ranges[1]);
   Contents contents;
   contents.exists = !formats.empty();
   if (contents.exists) checkFormat(bytesMember(formats.front(), "value"));

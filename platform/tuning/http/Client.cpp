@@ -11,7 +11,8 @@
 namespace tn::http {
 namespace {
 
-constexpr const char* kMethods[] = {"GET", "POST", "PATCH", "PUT"};
+constexpr const char* kMethods[] = {"GET", "POST", "PATCH"};
+constexpr size_t kLargestHead = size_t{256} << 10;  // below the limit of libcurl
 
 struct CodeMeaning {
   CURLcode code;
@@ -78,6 +79,7 @@ struct Client::Transfer {
     headEnded = false;
     body.clear();
     overflow = false;
+    memoryIsShort = false;
     message[0] = '\0';
   }
 
@@ -96,21 +98,26 @@ struct Client::Transfer {
     if (text.starts_with("HTTP/")) transfer.headEnded = false;
     if (text == "\r\n" || text == "\n") transfer.headEnded = true;
     transfer.headSize += size * count;
-    transfer.overflow = transfer.headSize > transfer.room;
+    transfer.overflow = transfer.headSize > kLargestHead;
     return transfer.overflow ? 0 : size * count;
   }
   static size_t takeBody(const char* bytes, size_t size, size_t count, void* self) {
     auto& transfer = *static_cast<Transfer*>(self);
     transfer.overflow = size * count > transfer.room - transfer.body.size();
     if (transfer.overflow) return 0;
-    transfer.body.append(bytes, size * count);
+    try {
+      transfer.body.append(bytes, size * count);
+    } catch (const std::bad_alloc&) {  // not through the frames of libcurl
+      transfer.memoryIsShort = true;
+      return 0;
+    }
     return size * count;
   }
 
   Failure failureOf(CURLcode code) const {
     // A connection that ends between two lines of the head is an answer to libcurl.
     if (code == CURLE_OK) return headEnded ? Failure::none : Failure::cut;
-    if (code == CURLE_OUT_OF_MEMORY) throw std::bad_alloc();
+    if (memoryIsShort || code == CURLE_OUT_OF_MEMORY) throw std::bad_alloc();
     if (overflow || code == CURLE_FILESIZE_EXCEEDED) return Failure::tooLarge;
     const auto* const known =
         std::ranges::find(kMeanings, code, [](const CodeMeaning& m) { return m.code; });
@@ -130,6 +137,7 @@ struct Client::Transfer {
   bool headEnded = false;
   std::string body{};
   bool overflow = false;
+  bool memoryIsShort = false;
   std::array<char, CURL_ERROR_SIZE> message{};
 };
 
@@ -158,6 +166,7 @@ Client::Client(std::vector<std::string> endpoints, Options options)
   transfer.setText(CURLOPT_CAINFO, tls.authority);
   transfer.setText(CURLOPT_SSLCERT, tls.certificate);
   transfer.setText(CURLOPT_SSLKEY, tls.key);
+  transfer.set(CURLOPT_KEYPASSWD, "");  // OpenSSL would ask for one on the terminal
   transfer.set(CURLOPT_SSL_VERIFYPEER, tls.verify ? 1L : 0L);
   transfer.set(CURLOPT_SSL_VERIFYHOST, tls.verify ? 2L : 0L);
   if (!options_.user.empty()) {

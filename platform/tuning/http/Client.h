@@ -23,7 +23,7 @@ namespace tn::http {
 using Clock = std::chrono::steady_clock;
 using Deadline = Clock::time_point;
 
-enum class Method { get, post, patch, put };
+enum class Method { get, post, patch };
 
 enum class Failure {
   none,  // there is an answer, with whatever status
@@ -53,7 +53,7 @@ struct Answer {
   std::string body{};  // as far as `failure` is none
 };
 
-// Files in PEM form, each may be empty.
+// Files in PEM form, each may be empty. A key with a pass phrase cannot be used.
 struct Tls {
   std::string authority{};  // certificates to trust; the system's when empty
   std::string certificate{};
@@ -67,7 +67,7 @@ struct Options {
   std::string password{};
   std::chrono::milliseconds connectTime{2000};  // name lookup, connection and TLS together
   std::chrono::milliseconds requestTime{3000};  // one request to one endpoint, connecting included
-  std::size_t largestAnswer = 4 << 20;          // bytes, head and body each; no more are read
+  std::size_t largestAnswer = 4 << 20;          // bytes of the body; a head has 256 KiB at most
 };
 
 class Client {
@@ -82,7 +82,7 @@ class Client {
   // the deadline has passed; past an endpoint that may have carried the request out it goes on only
   // with a repeatable request. When none answers: the failure that tells most, which is the last in
   // the order of Failure, and the next request begins with the next endpoint. Throws
-  // std::bad_alloc only.
+  // std::bad_alloc only; libcurl takes a line of a head over 100 KiB for a lack of memory, too.
   Answer send(const Request& request, Deadline deadline);
 
   // Lets the next request begin with the next endpoint.

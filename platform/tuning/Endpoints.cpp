@@ -1,11 +1,11 @@
-#include "tuning/http/Endpoints.h"
+#include "tuning/Endpoints.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <cstdlib>
 
-namespace tn::http {
+namespace tn {
 namespace {
 
 bool isAlphanumeric(char character) {
@@ -98,4 +98,4 @@ std::string variable(const char* name) {
   return value == nullptr ? "" : value;
 }
 
-}  // namespace tn::http
+}  // namespace tn
