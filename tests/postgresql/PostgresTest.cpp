@@ -320,6 +320,10 @@ TEST_F(Postgres, ChangesWhatItMayAndWhatHelps) {
   server().sql("ALTER SYSTEM SET work_mem = '8MB'");
   EXPECT_EQ(0, server().set("work_mem", "4096").status);
   EXPECT_EQ("work_mem = '4096'\n", server().written());
+  // And one that the server cannot read, which is not the default.
+  writeFile(server().data("postgresql.auto.conf"), "work_mem = 'zzz'\n");
+  EXPECT_EQ(0, server().set("work_mem", "4096").status);
+  EXPECT_EQ("work_mem = '4096'\n", server().written());
 }
 
 TEST_F(Postgres, ReportsAServerThatGoesAwayDuringAnImport) {

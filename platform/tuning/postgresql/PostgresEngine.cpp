@@ -15,8 +15,7 @@ namespace {
 constexpr int kGrantsSettings = 150000;  // rights on single settings
 
 bool isWritten(const Setting& setting, std::string_view text) {
-  return text == *setting.written ||
-         Snapshot::same(Snapshot::shown(text, setting), *setting.written, setting);
+  return text == *setting.written || Snapshot::means(text, *setting.written, setting);
 }
 
 Reload::Names namesOf(const std::vector<Setting*>& settings) {
@@ -77,7 +76,7 @@ bool PostgresEngine::isCurrent(const Setting& setting, const std::string& wanted
     return false;
   }
   const auto stored = files().storedValue(setting.name);
-  return !stored || Snapshot::same(Snapshot::shown(*stored, setting), wanted, setting);
+  return !stored || Snapshot::means(*stored, wanted, setting);
 }
 
 ServerFiles& PostgresEngine::files() {
