@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "postgresql/Server.h"
+#include "support/Proxy.h"
 
 namespace {
 
@@ -300,6 +301,9 @@ TEST_F(Postgres, ChangesWhatItMayAndWhatHelps) {
     EXPECT_EQ(0, server().knob({id, "5000", "-U", "plain"}).run().status);
     EXPECT_EQ("5000", server().value("work_mem"));
   }
+  server().sql("REVOKE EXECUTE ON FUNCTION pg_conf_load_time() FROM public");
+  expectCode("7414", server().knob({id, "5500", "-U", "plain"}).run());
+  server().sql("GRANT EXECUTE ON FUNCTION pg_conf_load_time() TO public");
   // An error in a file: the server would load nothing.
   const std::string sound = readFile(server().data("postgresql.conf"));
   writeFile(server().data("postgresql.conf"), sound + "no_such_setting = 1\n");
@@ -407,6 +411,25 @@ TEST_F(Postgres, HasTheFirstChangeInForceAndTheOthersAfterALostConnection) {
   });
   EXPECT_EQ(0, run.status) << run.err;
   EXPECT_EQ("off", server().sql("SHOW geqo"));
+}
+
+TEST_F(Postgres, HasWhatItStoredInForceWhereverTheConnectionIsCut) {
+  const std::string id = server().id("work_mem");
+  const int port = std::stoi(server().port());
+  const auto set = [&](const Proxy& proxy) {
+    knob(server().folder(), {id, "5000", "-S",
+                             "postgresql://postgres@127.0.0.1:" + std::to_string(proxy.port()) +
+                                 "/postgres?sslmode=disable&gssencmode=disable"})
+        .run();
+    return proxy.passed(Proxy::toServer);
+  };
+  const long whole = set(Proxy(port));
+  for (long after = whole - 900; after < whole; after += 60) {
+    server().reset();
+    set(Proxy(port, Proxy::Trouble::cut, Proxy::toServer, after));
+    EXPECT_EQ(server().written().empty() ? "4MB" : "5000kB", server().sql("SHOW work_mem"))
+        << after << " of " << whole;
+  }
 }
 
 // A pgbouncer in front of the shared server, in transaction mode, which gives every statement to

@@ -158,26 +158,37 @@ void PostgresEngine::checkChangeable(const Setting& setting) {
   if (files().blocked(isKnown)) throw TuningError(TN_CONFIGURATION_FILE_ERRORS);
 }
 
-// For a superuser the values are looked at first, and whole rows only of what they leave open.
+// What a lost connection leaves open stays to be loaded. After any other failure the changes are
+// stored all the same.
 void PostgresEngine::takeEffect() {
-  auto open = std::exchange(unloaded_, {});
-  const bool quick = connection().isSuperuser();
-  auto rows = quick ? Reload::values(connection(), namesOf(open))
-                    : Reload::rows(connection(), namesOf(open));
-  if (rows && quick) {
-    std::erase_if(open, [&](const Setting* setting) {
-      const int row = rowOf(*rows, *setting);
-      return row >= 0 && isWritten(*setting, rows->text(row, Reload::kConfigured));
-    });
-    if (open.empty()) return;
-    rows = Reload::rowsNow(connection(), namesOf(open));
+  bool inForce = false;
+  try {
+    inForce = load();
+  } catch (const TuningError& error) {
+    if (error.status() == TN_CONNECTION_LOST) throw;
   }
-  const bool inForce = rows && std::all_of(open.begin(), open.end(), [&](const Setting* setting) {
-                         return isInForce(*setting, *rows);
-                       });
+  const auto open = std::exchange(unloaded_, {});
   if (inForce) return;
   for (Setting* const setting : open) setting->written.reset();
   throw TuningError(TN_CHANGE_NOT_IN_FORCE);
+}
+
+// False when not everything is in force then. For a superuser the values are looked at first, and
+// whole rows only of what they leave open.
+bool PostgresEngine::load() {
+  const bool quick = connection().isSuperuser();
+  auto rows = quick ? Reload::values(connection(), namesOf(unloaded_))
+                    : Reload::rows(connection(), namesOf(unloaded_));
+  if (rows && quick) {
+    std::erase_if(unloaded_, [&](const Setting* setting) {
+      const int row = rowOf(*rows, *setting);
+      return row >= 0 && isWritten(*setting, rows->text(row, Reload::kConfigured));
+    });
+    if (unloaded_.empty()) return true;
+    rows = Reload::rowsNow(connection(), namesOf(unloaded_));
+  }
+  return rows && std::all_of(unloaded_.begin(), unloaded_.end(),
+                             [&](const Setting* setting) { return isInForce(*setting, *rows); });
 }
 
 // What this session cannot see counts as in force.

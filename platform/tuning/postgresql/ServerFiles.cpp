@@ -10,7 +10,8 @@ namespace {
 
 // Everything is named with its schema: a role's search_path could put something else before it.
 constexpr char kRightsQuery[] =
-    "SELECT pg_catalog.has_function_privilege('pg_catalog.pg_reload_conf()', 'EXECUTE'),"
+    "SELECT pg_catalog.has_function_privilege('pg_catalog.pg_reload_conf()', 'EXECUTE')"
+    " AND pg_catalog.has_function_privilege('pg_catalog.pg_conf_load_time()', 'EXECUTE'),"
     " pg_catalog.has_table_privilege('pg_catalog.pg_file_settings', 'SELECT')"
     " AND pg_catalog.has_function_privilege('pg_catalog.pg_show_all_file_settings()', 'EXECUTE'),"
     " pg_catalog.has_function_privilege("

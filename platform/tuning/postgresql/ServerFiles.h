@@ -23,7 +23,7 @@ class ServerFiles {
 
   // False: the role may not look, and nothing else here means anything.
   bool readable() const { return readable_; }
-  // True: the role may make the server read its configuration again.
+  // True: the role may make the server read its configuration again, and see when it has.
   bool mayReload() const { return mayReload_; }
 
   // What the command line, if it was read, or the files give the setting; not there when they do
