@@ -220,7 +220,7 @@ TEST_F(Postgres, ShowsTheServersValuesWhateverTheSessionHas) {
   server().restart();
   EXPECT_EQ("4096", server().value("work_mem", {}, "plain"));
   EXPECT_EQ("LATIN1", server().value("client_encoding", {}, "plain")) << "not the program's own";
-  server().sql("DROP SCHEMA evil CASCADE");
+  server().sql("DROP SCHEMA evil CASCADE\nALTER ROLE plain RESET ALL");
 }
 
 TEST_F(Postgres, StoresTextExactlyOrRefusesIt) {
@@ -377,6 +377,13 @@ TEST_F(Postgres, RefusesAChangeThatCouldNotTakeEffect) {
     EXPECT_EQ(!c.options.empty(), shown.find("command line") != std::string::npos) << shown;
   }
   configure("");
+  // Nobody can tell what the command line gives a setting that the role's own hides.
+  std::filesystem::remove(server().data("postmaster.opts"));
+  expectCode("7424", server().set("temp_buffers", "3000"));
+  const std::string shown = server().knob({server().id("temp_buffers")}).run().out;
+  EXPECT_NE(std::string::npos, shown.find("cannot be told")) << shown;
+  configure("");
+  server().reset();
   const std::string file = server().data("postgresql.auto.conf");
   ASSERT_EQ(0, chmod(file.c_str(), 0400));
   expectCode("7423", server().set("work_mem", "5000"));

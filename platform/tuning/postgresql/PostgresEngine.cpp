@@ -182,7 +182,8 @@ bool PostgresEngine::load() {
   if (rows && quick) {
     std::erase_if(unloaded_, [&](const Setting* setting) {
       const int row = rowOf(*rows, *setting);
-      return row >= 0 && isWritten(*setting, rows->text(row, Reload::kConfigured));
+      return row >= 0 && setting->currentIsKnown &&
+             isWritten(*setting, rows->text(row, Reload::kConfigured));
     });
     if (unloaded_.empty()) return true;
     rows = Reload::rowsNow(connection(), namesOf(unloaded_));
@@ -191,17 +192,22 @@ bool PostgresEngine::load() {
                              [&](const Setting* setting) { return isInForce(*setting, *rows); });
 }
 
-// What this session cannot see counts as in force.
+// A value that a session's own hides is in force when the files give it and the command line does
+// not give another.
 bool PostgresEngine::isInForce(const Setting& setting, const Result& rows) {
   const int row = rowOf(rows, setting);
   if (row < 0 || setting.ofNewSessions) return true;
-  if (Snapshot::isOfSession(rows.text(row, Reload::kSource))) return true;
-  if (setting.needsRestart && rows.flag(row, Reload::kPendingRestart)) return true;
-  if (isWritten(setting, rows.text(row, Reload::kConfigured))) return true;
+  const bool hidden = Snapshot::isOfSession(rows.text(row, Reload::kSource));
+  if (!hidden) {
+    if (setting.needsRestart && rows.flag(row, Reload::kPendingRestart)) return true;
+    if (isWritten(setting, rows.text(row, Reload::kConfigured))) return true;
+  }
   // The server writes some values in another way than they were given.
-  const ServerFiles now(connection());
+  ServerFiles now(connection());
+  if (!now.readable()) return !hidden;
+  if (hidden && !now.readCommandLine(connection())) return false;
   const auto given = now.value(setting.name);
-  return !now.readable() || (given && isWritten(setting, *given));
+  return given ? isWritten(setting, *given) : hidden && setting.fallback == *setting.written;
 }
 
 }  // namespace tn::postgresql

@@ -62,12 +62,14 @@ bool ServerFiles::blocked(const std::function<bool(std::string_view)>& isKnown) 
 
 // A file that is not there or not readable leaves the command line unknown, which is no reason to
 // fail; a lost connection is met again by whatever comes next.
-void ServerFiles::readCommandLine(Connection& connection) {
-  if (!mayReadOptions_) return;
+bool ServerFiles::readCommandLine(Connection& connection) {
+  if (!mayReadOptions_) return false;
   try {
-    commandLine_ = CommandLine(connection.query(kOptionsQuery).text(0, 0));
+    const Result options = connection.query(kOptionsQuery);
+    commandLine_ = CommandLine(options.text(0, 0));
+    return !options.text(0, 0).empty();
   } catch (const TuningError&) {
-    commandLine_ = CommandLine();
+    return false;
   }
 }
 

@@ -18,8 +18,9 @@ class ServerFiles {
  public:
   explicit ServerFiles(Connection& connection);
 
-  // Reads the server's command line as well, which wins over the files.
-  void readCommandLine(Connection& connection);
+  // Reads the server's command line as well, which wins over the files. False: it cannot be told
+  // what it gives.
+  bool readCommandLine(Connection& connection);
 
   // False: the role may not look, and nothing else here means anything.
   bool readable() const { return readable_; }

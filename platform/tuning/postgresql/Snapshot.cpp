@@ -165,9 +165,9 @@ std::string_view Snapshot::source(int row) const {
 
 void Snapshot::lookUpHidden(Connection& connection, const std::vector<int>& hidden) {
   ServerFiles files(connection);
-  files.readCommandLine(connection);
+  const bool commandLineKnown = files.readCommandLine(connection);
   const auto isKnown = [this](std::string_view name) { return hasName(name); };
-  filesReadable_ = files.readable() && !files.blocked(isKnown);
+  hiddenAreKnown_ = commandLineKnown && files.readable() && !files.blocked(isKnown);
   for (const int row : hidden) {
     const std::string_view name = rows_.text(row, kName);
     const auto text = files.value(name);
@@ -263,7 +263,7 @@ void Snapshot::readValues(Setting& setting, int row) const {
   setting.ofCommandLine = from == kCommandLine || hiddenOnCommandLine_.contains(row);
   if (isHidden(row)) {
     const auto& text = hidden_.at(row);
-    setting.currentIsKnown = filesReadable_ && (text || setting.name != kWorkedOut);
+    setting.currentIsKnown = hiddenAreKnown_ && (text || setting.name != kWorkedOut);
     if (text) setting.current = shown(*text, setting).value_or(setting.fallback);
     return;
   }

@@ -74,7 +74,7 @@ class Snapshot {
   // What the files and the command line give the settings whose value a session's own hides.
   std::map<int, std::optional<std::string>> hidden_;
   std::set<int> hiddenOnCommandLine_;
-  bool filesReadable_ = false;
+  bool hiddenAreKnown_ = false;
 
   // Made when they are first asked for: most runs look at one setting.
   std::map<int32_t, Setting> settings_;
