@@ -42,20 +42,21 @@ TEST(NameList, ReadsWhatPeopleAndServersWrite) {
       {R"("a,b", "c""d", " e ")", Names{"a,b", "c\"d", " e "}, Names{"a,b", "c\"d", " e "},
        R"("a,b", "c""d", " e ")"},
       {"a b, /run/x y", Names{"a b", "/run/x y"}, Names{"a b", "/run/x y"}, "a b, /run/x y"},
-      {"\"\"", std::nullopt, Names{""}, ""},
+      {"\"\"", Names{""}, Names{""}, "\"\""},
       {"a,,b", std::nullopt, Names{"a", "", "b"}, ""},
       {"a,", std::nullopt, Names{"a", ""}, ""},
       {"\"a", std::nullopt, std::nullopt, ""},
       {"\"a\"b", std::nullopt, std::nullopt, ""},
   };
   for (const Case& c : cases) {
-    const auto names = NameList::ofPerson(c.text);
+    const auto names = NameList::ofPerson(c.text, NameList::Kind::identifiers);
     EXPECT_EQ(c.ofPerson, names) << c.text;
     EXPECT_EQ(c.ofServer, NameList::ofServer(c.text, NameList::Kind::identifiers)) << c.text;
     if (!names) continue;
     EXPECT_EQ(c.shown, NameList::shown(*names));
-    EXPECT_EQ(names, NameList::ofPerson(c.shown));
+    EXPECT_EQ(names, NameList::ofPerson(c.shown, NameList::Kind::identifiers));
   }
+  EXPECT_EQ(std::nullopt, NameList::ofPerson("\"\"", NameList::Kind::names));
 }
 
 // What servers of versions 10 and 18 made of these texts.

@@ -247,7 +247,7 @@ TEST_F(Postgres, StoresTextExactlyOrRefusesIt) {
   EXPECT_EQ("größe", shown["value"]);
 }
 
-TEST_F(Postgres, WritesListsNameByNameAndNeverAnEmptyName) {
+TEST_F(Postgres, WritesListsNameByName) {
   const struct {
     std::string setting, value, code, written;
   } cases[] = {
@@ -256,6 +256,9 @@ TEST_F(Postgres, WritesListsNameByNameAndNeverAnEmptyName) {
       {"search_path", "", "7416", "search_path = '\"$user\", \"Mixed\"'\n"},
       {"search_path", "a,,b", "7417", "search_path = '\"$user\", \"Mixed\"'\n"},
       {"search_path", "a\", 'b", "", "search_path = '\"a\"\"\", \"''b\"'\n"},
+      {"search_path", "\"\"", "", "search_path = '\"\"'\n"},
+      {"search_path", "\"\"", "", "search_path = '\"\"'\n"},
+      {"session_preload_libraries", "\"\"", "7417", "search_path = '\"\"'\n"},
       {"search_path", "$user, public", "", "search_path = '\"$user\", public'\n"},
       {"session_preload_libraries", "", "", "search_path = '\"$user\", public'\n"},
       {"session_preload_libraries", "auto_explain", "",
