@@ -360,6 +360,27 @@ TEST(SqlState, IsFoundInErrorsOfEveryLanguage) {
   for (const auto& [text, code] : cases) EXPECT_EQ(code, SqlState::lastIn(text)) << text;
 }
 
+TEST(SqlState, MeansWhatTheStatementWasFor) {
+  const struct {
+    std::string code;
+    TnStatus connecting, question, value, alterSystem;
+  } cases[] = {
+      {"22P05", TN_SERVER_ERROR, TN_SERVER_ERROR, TN_VALUE_REFUSED, TN_VALUE_REFUSED},
+      {"42501", TN_NOT_PERMITTED, TN_NOT_PERMITTED, TN_NOT_PERMITTED, TN_NOT_PERMITTED},
+      {"53100", TN_SERVER_ERROR, TN_SERVER_ERROR, TN_SERVER_ERROR, TN_SERVER_CANNOT_WRITE},
+      {"57014", TN_LOGIN_REFUSED, TN_SERVER_ERROR, TN_SERVER_ERROR, TN_SERVER_ERROR},
+      {"F0000", TN_SERVER_ERROR, TN_SERVER_ERROR, TN_SERVER_ERROR, TN_CONFIGURATION_FILE_ERRORS},
+      {"XX000", TN_SERVER_ERROR, TN_SERVER_ERROR, TN_SERVER_ERROR, TN_CONFIGURATION_LOCKED},
+      {"", TN_SERVER_ERROR, TN_CONNECTION_LOST, TN_CONNECTION_LOST, TN_CONNECTION_LOST},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(c.connecting, SqlState::whenConnecting(c.code)) << c.code;
+    EXPECT_EQ(c.question, SqlState::ofQuestion(c.code)) << c.code;
+    EXPECT_EQ(c.value, SqlState::ofValue(c.code)) << c.code;
+    EXPECT_EQ(c.alterSystem, SqlState::ofAlterSystem(c.code)) << c.code;
+  }
+}
+
 TEST(CommandLine, GivesSettings) {
   const CommandLine line(
       "/a b/postgres \"-D\" \"/x y\" \"-c\" \"work_mem=8MB\" \"--Log-Lock-Waits=on\" \"-cgeqo=a=b\""

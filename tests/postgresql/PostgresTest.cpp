@@ -103,6 +103,7 @@ void Postgres::connectsOrTellsWhy() {
       {"7403", "secret:wrong@" + tcp + "/postgres", {}},
       {"7403", "secret:right@" + tcp + "/postgres", {"-P", "wrong"}},
       {"7403", "secret@" + tcp + "/postgres", {}},
+      {"7403", "/template0?" + here, {"-U", "postgres"}},
       {"7404", "/nothing?" + here, {"-U", "postgres"}},
       {"7406", "/postgres?" + here, {"-U", "full"}},
       {"7402", "127.0.0.1:1/postgres?channel_binding=require", {}},
@@ -245,6 +246,17 @@ TEST_F(Postgres, StoresTextExactlyOrRefusesIt) {
   EXPECT_EQ(0, server().knob({id, "größe"}, "narrow").run().status);
   const json shown = json::parse(server().knob({id, "-JSON"}, "narrow").run().out);
   EXPECT_EQ("größe", shown["value"]);
+  // Bytes pass a database without an encoding, whatever the client's is said to be.
+  server().sql("CREATE DATABASE bytes ENCODING SQL_ASCII TEMPLATE template0");
+  Process process = server().knob({id, "é日"}, "bytes");
+  process.environment["PGCLIENTENCODING"] = "SJIS";
+  EXPECT_EQ(0, process.run().status);
+  EXPECT_EQ("é日", server().value("archive_command"));
+  // One that cannot say a character of a value cannot be asked, which is no fault of a value.
+  server().sql(
+      "CREATE DATABASE other ENCODING EUC_JP LC_COLLATE 'C' LC_CTYPE 'C' TEMPLATE template0");
+  EXPECT_EQ(0, server().knob({id, "ü"}, "narrow").run().status);
+  expectCode("7410", server().knob({id}, "other").run());
 }
 
 TEST_F(Postgres, WritesListsNameByName) {

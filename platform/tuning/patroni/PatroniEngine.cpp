@@ -215,8 +215,9 @@ std::string PatroniEngine::askServer(const Setting& setting, const NewValue& val
     if (setting.server || setting.ofNewSessions) return std::string();
     return std::string(connection()
                            .query("SELECT pg_catalog.set_config(" +
-                                  connection().literal(std::string(setting.name)) + ", " + text +
-                                  ", true)")
+                                      connection().literal(std::string(setting.name)) + ", " +
+                                      text + ", true)",
+                                  postgresql::SqlState::ofValue)
                            .text(0, 0));
   };
   try {

@@ -98,12 +98,9 @@ void PostgresEngine::store(Setting& setting, const NewValue& value) {
 
 void PostgresEngine::write(const Setting& setting, const std::string& statement) {
   try {
-    connection().query(statement);
+    connection().query(statement, SqlState::ofAlterSystem);
   } catch (const TuningError& error) {
-    // A file that cannot be replaced, as one that is mounted by itself, is an error of no kind.
-    const bool locked = error.status() == TN_SERVER_ERROR ||
-                        (error.status() == TN_NOT_PERMITTED && mayChange(setting));
-    if (!locked) throw;
+    if (error.status() != TN_NOT_PERMITTED || !mayChange(setting)) throw;
     throw TuningError(TN_CONFIGURATION_LOCKED);
   }
 }
