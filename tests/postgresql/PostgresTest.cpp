@@ -435,6 +435,14 @@ TEST_F(Postgres, HasTheFirstChangeInForceAndTheOthersAfterALostConnection) {
   EXPECT_EQ("off", server().sql("SHOW geqo"));
 }
 
+TEST_F(Postgres, SeesALoadWhateverNumbersTheRoleIsShown) {
+  configure("");
+  server().sql("ALTER ROLE postgres SET extra_float_digits = -5");
+  for (std::string const value : {"5000", "6000", "7000"}) {
+    EXPECT_EQ(0, server().set("work_mem", value).status);
+  }
+}
+
 TEST_F(Postgres, HasWhatItStoredInForceWhereverTheConnectionIsCut) {
   const std::string id = server().id("work_mem");
   const int port = std::stoi(server().port());
