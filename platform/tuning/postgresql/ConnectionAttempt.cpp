@@ -28,8 +28,8 @@ ConnectionAttempt::ConnectionAttempt(std::string uri, std::string user, std::str
 
 ConnectionPointer ConnectionAttempt::open() {
   connection_ = start();
+  readTimeout();  // for failureOfStart() too, which may connect
   if (PQstatus(connection_.get()) == CONNECTION_BAD) throw TuningError(failureOfStart());
-  readTimeout();
   std::optional<Clock::time_point> deadline;
   if (timeoutSeconds_ > 0) deadline = Clock::now() + std::chrono::seconds(timeoutSeconds_);
   if (!pollUntil(deadline)) {
