@@ -356,7 +356,7 @@ TEST_F(Postgres, ReportsAServerThatGoesAwayDuringAnImport) {
   });
   EXPECT_EQ(0, run.status);
   const std::size_t lost = run.err.find("7408: ");
-  EXPECT_NE(std::string::npos, run.err.find("7408: ", lost + 1)) << run.err;
+  EXPECT_NE(std::string::npos, run.err.find("7426: ", lost + 1)) << run.err;
   server().start();
   EXPECT_EQ("5000", server().value("work_mem"));
 }

@@ -252,6 +252,7 @@ void PatroniEngine::awaitFollowers() {
 }
 
 std::string PatroniEngine::description(int32_t settingId) {
+  beforeReading();
   const Setting* const setting = snapshot().setting(settingId);
   if (!setting) throw TuningError(TN_UNKNOWN_SETTING);
   return postgresql::SettingText::of(*setting, origin(*setting));

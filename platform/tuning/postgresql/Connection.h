@@ -34,6 +34,9 @@ class Connection {
                                    std::chrono::steady_clock::time_point deadline,
                                    StatusOf statusOf = SqlState::ofQuestion);
 
+  // True once anything has found it lost.
+  bool isLost() const;
+
   // True: the server checks no rights of this user. Costs nothing: the server tells it by itself.
   bool isSuperuser() const { return reports("is_superuser", "on"); }
 
@@ -52,7 +55,6 @@ class Connection {
   // Whether a result can be had without waiting; false at the deadline.
   bool answersBy(std::chrono::steady_clock::time_point deadline);
   void check(const Result& result, StatusOf statusOf);
-  bool isLost() const;
   bool reports(const char* parameter, std::string_view value) const;
   void useEncoding();
   void open();

@@ -87,6 +87,7 @@ ServerFiles& PostgresEngine::files() {
 // The first change of a run is in force when this returns, and so tells that the others, which wait
 // for the end of the run, will be.
 void PostgresEngine::store(Setting& setting, const NewValue& value) {
+  if (connection().isLost()) throw TuningError(TN_CONNECTION_LOST_BEFORE);
   if (isCurrent(setting, value.shown())) return;
   checkChangeable(setting);
   write(setting, statement(setting, value));
