@@ -110,6 +110,7 @@ void Postgres::connectsOrTellsWhy() {
       {"7407", "postgres@" + tcp + "/postgres?sslmode=require", {}},
       {"7407", "postgres@" + tcp + "/postgres?channel_binding=require", {}},
       {"7407", "/postgres?" + here + "&gssencmode=require", {"-U", "postgres"}},
+      {"7407", "/postgres?" + here + "&requirepeer=nobody-here", {"-U", "postgres"}},
       {"7409", "/closed?" + here, {"-U", "plain"}},
       {"7418", "postgres@" + tcp + "/postgres?target_session_attrs=standby", {}},
       {"", "secret:wrong@" + tcp + "/postgres", {"-P", "right"}},

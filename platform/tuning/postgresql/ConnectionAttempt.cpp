@@ -143,7 +143,8 @@ TnStatus ConnectionAttempt::failure() const {
   }
   // Of what it finds missing itself libpq gives no code; a server was there to miss it on.
   const bool reached = lastStep_ != CONNECTION_STARTED;
-  if (reached && (option("channel_binding") == "require" || option("gssencmode") == "require")) {
+  if (reached && (option("channel_binding") == "require" || option("gssencmode") == "require" ||
+                  !option("requirepeer").empty())) {
     return TN_TLS_REFUSED;
   }
   // The last server let us in and was then found not to be of the kind that was asked for.
