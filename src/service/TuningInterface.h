@@ -139,6 +139,7 @@ enum {
   TN_CONFIGURATION_LOCKED = 7423,
   TN_CHANGE_NOT_IN_FORCE = 7424,
   TN_CHANGES_NOT_LOADED = 7425,
+  TN_CONNECTION_LOST_BEFORE = 7426, /* nothing was changed */
 
   /* A PostgreSQL cluster under Patroni. */
   TN_PATRONI_ADDRESS_INVALID = 7501,

@@ -16,9 +16,9 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     if (!names || names->empty()) continue;
     require(NameList::ofServer(NameList::stored(*names), kind) == names);
   }
-  const auto typed = NameList::ofPerson(text);
+  const auto typed = NameList::ofPerson(text, NameList::Kind::identifiers);
   if (typed && !typed->empty()) {
-    require(NameList::ofPerson(NameList::shown(*typed)) == typed);
+    require(NameList::ofPerson(NameList::shown(*typed), NameList::Kind::identifiers) == typed);
     require(NameList::ofServer(NameList::stored(*typed), NameList::Kind::identifiers) == typed);
   }
   ValueText::boolean(text);

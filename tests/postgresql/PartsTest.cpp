@@ -42,20 +42,21 @@ TEST(NameList, ReadsWhatPeopleAndServersWrite) {
       {R"("a,b", "c""d", " e ")", Names{"a,b", "c\"d", " e "}, Names{"a,b", "c\"d", " e "},
        R"("a,b", "c""d", " e ")"},
       {"a b, /run/x y", Names{"a b", "/run/x y"}, Names{"a b", "/run/x y"}, "a b, /run/x y"},
-      {"\"\"", std::nullopt, Names{""}, ""},
+      {"\"\"", Names{""}, Names{""}, "\"\""},
       {"a,,b", std::nullopt, Names{"a", "", "b"}, ""},
       {"a,", std::nullopt, Names{"a", ""}, ""},
       {"\"a", std::nullopt, std::nullopt, ""},
       {"\"a\"b", std::nullopt, std::nullopt, ""},
   };
   for (const Case& c : cases) {
-    const auto names = NameList::ofPerson(c.text);
+    const auto names = NameList::ofPerson(c.text, NameList::Kind::identifiers);
     EXPECT_EQ(c.ofPerson, names) << c.text;
     EXPECT_EQ(c.ofServer, NameList::ofServer(c.text, NameList::Kind::identifiers)) << c.text;
     if (!names) continue;
     EXPECT_EQ(c.shown, NameList::shown(*names));
-    EXPECT_EQ(names, NameList::ofPerson(c.shown));
+    EXPECT_EQ(names, NameList::ofPerson(c.shown, NameList::Kind::identifiers));
   }
+  EXPECT_EQ(std::nullopt, NameList::ofPerson("\"\"", NameList::Kind::names));
 }
 
 // What servers of versions 10 and 18 made of these texts.
@@ -357,6 +358,27 @@ TEST(SqlState, IsFoundInErrorsOfEveryLanguage) {
       {"server said: what\nx:  ab\n", ""},
   };
   for (const auto& [text, code] : cases) EXPECT_EQ(code, SqlState::lastIn(text)) << text;
+}
+
+TEST(SqlState, MeansWhatTheStatementWasFor) {
+  const struct {
+    std::string code;
+    TnStatus connecting, question, value, alterSystem;
+  } cases[] = {
+      {"22P05", TN_SERVER_ERROR, TN_SERVER_ERROR, TN_VALUE_REFUSED, TN_VALUE_REFUSED},
+      {"42501", TN_NOT_PERMITTED, TN_NOT_PERMITTED, TN_NOT_PERMITTED, TN_NOT_PERMITTED},
+      {"53100", TN_SERVER_ERROR, TN_SERVER_ERROR, TN_SERVER_ERROR, TN_SERVER_CANNOT_WRITE},
+      {"57014", TN_LOGIN_REFUSED, TN_SERVER_ERROR, TN_SERVER_ERROR, TN_SERVER_ERROR},
+      {"F0000", TN_SERVER_ERROR, TN_SERVER_ERROR, TN_SERVER_ERROR, TN_CONFIGURATION_FILE_ERRORS},
+      {"XX000", TN_SERVER_ERROR, TN_SERVER_ERROR, TN_SERVER_ERROR, TN_CONFIGURATION_LOCKED},
+      {"", TN_SERVER_ERROR, TN_CONNECTION_LOST, TN_CONNECTION_LOST, TN_CONNECTION_LOST},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(c.connecting, SqlState::whenConnecting(c.code)) << c.code;
+    EXPECT_EQ(c.question, SqlState::ofQuestion(c.code)) << c.code;
+    EXPECT_EQ(c.value, SqlState::ofValue(c.code)) << c.code;
+    EXPECT_EQ(c.alterSystem, SqlState::ofAlterSystem(c.code)) << c.code;
+  }
 }
 
 TEST(CommandLine, GivesSettings) {

@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "postgresql/Server.h"
+#include "support/Proxy.h"
 
 namespace {
 
@@ -102,12 +103,14 @@ void Postgres::connectsOrTellsWhy() {
       {"7403", "secret:wrong@" + tcp + "/postgres", {}},
       {"7403", "secret:right@" + tcp + "/postgres", {"-P", "wrong"}},
       {"7403", "secret@" + tcp + "/postgres", {}},
+      {"7403", "/template0?" + here, {"-U", "postgres"}},
       {"7404", "/nothing?" + here, {"-U", "postgres"}},
       {"7406", "/postgres?" + here, {"-U", "full"}},
       {"7402", "127.0.0.1:1/postgres?channel_binding=require", {}},
       {"7407", "postgres@" + tcp + "/postgres?sslmode=require", {}},
       {"7407", "postgres@" + tcp + "/postgres?channel_binding=require", {}},
       {"7407", "/postgres?" + here + "&gssencmode=require", {"-U", "postgres"}},
+      {"7407", "/postgres?" + here + "&requirepeer=nobody-here", {"-U", "postgres"}},
       {"7409", "/closed?" + here, {"-U", "plain"}},
       {"7418", "postgres@" + tcp + "/postgres?target_session_attrs=standby", {}},
       {"", "secret:wrong@" + tcp + "/postgres", {"-P", "right"}},
@@ -219,7 +222,7 @@ TEST_F(Postgres, ShowsTheServersValuesWhateverTheSessionHas) {
   server().restart();
   EXPECT_EQ("4096", server().value("work_mem", {}, "plain"));
   EXPECT_EQ("LATIN1", server().value("client_encoding", {}, "plain")) << "not the program's own";
-  server().sql("DROP SCHEMA evil CASCADE");
+  server().sql("DROP SCHEMA evil CASCADE\nALTER ROLE plain RESET ALL");
 }
 
 TEST_F(Postgres, StoresTextExactlyOrRefusesIt) {
@@ -244,9 +247,20 @@ TEST_F(Postgres, StoresTextExactlyOrRefusesIt) {
   EXPECT_EQ(0, server().knob({id, "größe"}, "narrow").run().status);
   const json shown = json::parse(server().knob({id, "-JSON"}, "narrow").run().out);
   EXPECT_EQ("größe", shown["value"]);
+  // Bytes pass a database without an encoding, whatever the client's is said to be.
+  server().sql("CREATE DATABASE bytes ENCODING SQL_ASCII TEMPLATE template0");
+  Process process = server().knob({id, "é日"}, "bytes");
+  process.environment["PGCLIENTENCODING"] = "SJIS";
+  EXPECT_EQ(0, process.run().status);
+  EXPECT_EQ("é日", server().value("archive_command"));
+  // One that cannot say a character of a value cannot be asked, which is no fault of a value.
+  server().sql(
+      "CREATE DATABASE other ENCODING EUC_JP LC_COLLATE 'C' LC_CTYPE 'C' TEMPLATE template0");
+  EXPECT_EQ(0, server().knob({id, "ü"}, "narrow").run().status);
+  expectCode("7410", server().knob({id}, "other").run());
 }
 
-TEST_F(Postgres, WritesListsNameByNameAndNeverAnEmptyName) {
+TEST_F(Postgres, WritesListsNameByName) {
   const struct {
     std::string setting, value, code, written;
   } cases[] = {
@@ -255,6 +269,9 @@ TEST_F(Postgres, WritesListsNameByNameAndNeverAnEmptyName) {
       {"search_path", "", "7416", "search_path = '\"$user\", \"Mixed\"'\n"},
       {"search_path", "a,,b", "7417", "search_path = '\"$user\", \"Mixed\"'\n"},
       {"search_path", "a\", 'b", "", "search_path = '\"a\"\"\", \"''b\"'\n"},
+      {"search_path", "\"\"", "", "search_path = '\"\"'\n"},
+      {"search_path", "\"\"", "", "search_path = '\"\"'\n"},
+      {"session_preload_libraries", "\"\"", "7417", "search_path = '\"\"'\n"},
       {"search_path", "$user, public", "", "search_path = '\"$user\", public'\n"},
       {"session_preload_libraries", "", "", "search_path = '\"$user\", public'\n"},
       {"session_preload_libraries", "auto_explain", "",
@@ -300,6 +317,9 @@ TEST_F(Postgres, ChangesWhatItMayAndWhatHelps) {
     EXPECT_EQ(0, server().knob({id, "5000", "-U", "plain"}).run().status);
     EXPECT_EQ("5000", server().value("work_mem"));
   }
+  server().sql("REVOKE EXECUTE ON FUNCTION pg_conf_load_time() FROM public");
+  expectCode("7414", server().knob({id, "5500", "-U", "plain"}).run());
+  server().sql("GRANT EXECUTE ON FUNCTION pg_conf_load_time() TO public");
   // An error in a file: the server would load nothing.
   const std::string sound = readFile(server().data("postgresql.conf"));
   writeFile(server().data("postgresql.conf"), sound + "no_such_setting = 1\n");
@@ -320,6 +340,10 @@ TEST_F(Postgres, ChangesWhatItMayAndWhatHelps) {
   server().sql("ALTER SYSTEM SET work_mem = '8MB'");
   EXPECT_EQ(0, server().set("work_mem", "4096").status);
   EXPECT_EQ("work_mem = '4096'\n", server().written());
+  // And one that the server cannot read, which is not the default.
+  writeFile(server().data("postgresql.auto.conf"), "work_mem = 'zzz'\n");
+  EXPECT_EQ(0, server().set("work_mem", "4096").status);
+  EXPECT_EQ("work_mem = '4096'\n", server().written());
 }
 
 TEST_F(Postgres, ReportsAServerThatGoesAwayDuringAnImport) {
@@ -333,7 +357,7 @@ TEST_F(Postgres, ReportsAServerThatGoesAwayDuringAnImport) {
   });
   EXPECT_EQ(0, run.status);
   const std::size_t lost = run.err.find("7408: ");
-  EXPECT_NE(std::string::npos, run.err.find("7408: ", lost + 1)) << run.err;
+  EXPECT_NE(std::string::npos, run.err.find("7426: ", lost + 1)) << run.err;
   server().start();
   EXPECT_EQ("5000", server().value("work_mem"));
 }
@@ -369,6 +393,13 @@ TEST_F(Postgres, RefusesAChangeThatCouldNotTakeEffect) {
     EXPECT_EQ(!c.options.empty(), shown.find("command line") != std::string::npos) << shown;
   }
   configure("");
+  // Nobody can tell what the command line gives a setting that the role's own hides.
+  std::filesystem::remove(server().data("postmaster.opts"));
+  expectCode("7424", server().set("temp_buffers", "3000"));
+  const std::string shown = server().knob({server().id("temp_buffers")}).run().out;
+  EXPECT_NE(std::string::npos, shown.find("cannot be told")) << shown;
+  configure("");
+  server().reset();
   const std::string file = server().data("postgresql.auto.conf");
   ASSERT_EQ(0, chmod(file.c_str(), 0400));
   expectCode("7423", server().set("work_mem", "5000"));
@@ -403,6 +434,33 @@ TEST_F(Postgres, HasTheFirstChangeInForceAndTheOthersAfterALostConnection) {
   });
   EXPECT_EQ(0, run.status) << run.err;
   EXPECT_EQ("off", server().sql("SHOW geqo"));
+}
+
+TEST_F(Postgres, SeesALoadWhateverNumbersTheRoleIsShown) {
+  configure("");
+  server().sql("ALTER ROLE postgres SET extra_float_digits = -5");
+  for (std::string const value : {"5000", "6000", "7000"}) {
+    EXPECT_EQ(0, server().set("work_mem", value).status);
+  }
+}
+
+TEST_F(Postgres, HasWhatItStoredInForceWhereverTheConnectionIsCut) {
+  const std::string id = server().id("work_mem");
+  const int port = std::stoi(server().port());
+  const auto set = [&](const Proxy& proxy) {
+    knob(server().folder(), {id, "5000", "-S",
+                             "postgresql://postgres@127.0.0.1:" + std::to_string(proxy.port()) +
+                                 "/postgres?sslmode=disable&gssencmode=disable"})
+        .run();
+    return proxy.passed(Proxy::toServer);
+  };
+  const long whole = set(Proxy(port));
+  for (long after = whole - 900; after < whole; after += 60) {
+    server().reset();
+    set(Proxy(port, Proxy::Trouble::cut, Proxy::toServer, after));
+    EXPECT_EQ(server().written().empty() ? "4MB" : "5000kB", server().sql("SHOW work_mem"))
+        << after << " of " << whole;
+  }
 }
 
 // A pgbouncer in front of the shared server, in transaction mode, which gives every statement to

@@ -24,7 +24,7 @@ constexpr char kStandingQuery[] =
 enum Column : int { kName, kConfigured, kSource, kPendingRestart };
 
 bool means(std::string_view text, const std::string& wanted, const Setting& setting) {
-  return text == wanted || Snapshot::same(Snapshot::shown(text, setting), wanted, setting);
+  return text == wanted || Snapshot::means(text, wanted, setting);
 }
 
 bool isWanted(std::string_view text, const Change& change) {
@@ -102,8 +102,9 @@ TnStatus MemberServer::hindrance(const Setting& setting, const Configuration& co
   if (std::ranges::find(waiting_, setting.name) != waiting_.end()) return TN_SUCCESS;
   const auto stored = configuration.parameter(setting.name);
   const bool ofCluster =
-      stored && (written->text == *stored ||
-                 means(written->text, Snapshot::shown(*stored, setting), setting));
+      stored &&
+      (written->text == *stored ||
+       means(written->text, Snapshot::shown(*stored, setting).value_or(*stored), setting));
   return ofCluster ? TN_SUCCESS : TN_PATRONI_SET_BY_MEMBER;
 }
 

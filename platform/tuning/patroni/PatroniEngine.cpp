@@ -171,8 +171,8 @@ void PatroniEngine::store(Setting& setting, const NewValue& value) {
 // True when the value is in force or will be after a restart, and nothing waits to change that.
 bool PatroniEngine::isCurrent(const Setting& setting, const std::string& wanted) {
   if (setting.written) return Snapshot::same(*setting.written, wanted, setting);
-  const auto isWanted = [&](const std::string& text) {
-    return Snapshot::same(Snapshot::shown(text, setting), wanted, setting);
+  const auto isWanted = [&](std::string_view text) {
+    return Snapshot::means(text, wanted, setting);
   };
   const bool inForce = setting.currentIsKnown && Snapshot::same(setting.current, wanted, setting);
   const auto stored = configuration().parameter(setting.name);
@@ -180,12 +180,12 @@ bool PatroniEngine::isCurrent(const Setting& setting, const std::string& wanted)
   if (!inForce || Rules::isPatronisOwn(setting.name)) return inForce;
   if (stored) return runsAs(*stored, setting);
   // A change back to what runs takes nothing out of the file: Patroni will do that at a restart.
-  return !setting.changeMayWait || isWanted(std::string(textByPatroni(setting)));
+  return !setting.changeMayWait || isWanted(textByPatroni(setting));
 }
 
 // True: the stored text gives the value that runs, which the server tells in other words.
 bool PatroniEngine::runsAs(const std::string& stored, const Setting& setting) {
-  if (Snapshot::same(Snapshot::shown(stored, setting), setting.current, setting)) return true;
+  if (Snapshot::means(stored, setting.current, setting)) return true;
   if (setting.type != TN_TYPE_STRING || setting.changeMayWait) return false;
   const auto& files = leadersFiles();
   return files && !files->isOverridden(setting.name) && textByPatroni(setting) == stored;
@@ -215,8 +215,9 @@ std::string PatroniEngine::askServer(const Setting& setting, const NewValue& val
     if (setting.server || setting.ofNewSessions) return std::string();
     return std::string(connection()
                            .query("SELECT pg_catalog.set_config(" +
-                                  connection().literal(std::string(setting.name)) + ", " + text +
-                                  ", true)")
+                                      connection().literal(std::string(setting.name)) + ", " +
+                                      text + ", true)",
+                                  postgresql::SqlState::ofValue)
                            .text(0, 0));
   };
   try {
@@ -251,6 +252,7 @@ void PatroniEngine::awaitFollowers() {
 }
 
 std::string PatroniEngine::description(int32_t settingId) {
+  beforeReading();
   const Setting* const setting = snapshot().setting(settingId);
   if (!setting) throw TuningError(TN_UNKNOWN_SETTING);
   return postgresql::SettingText::of(*setting, origin(*setting));
@@ -265,8 +267,8 @@ std::string PatroniEngine::origin(const Setting& setting) {
   const std::string waits = setting.changeMayWait ? "A change waits for a restart." : "";
   if (!stored) return joined(hindranceOnLeader(setting), waits);
   if (runsAs(*stored, setting)) return "Set in the cluster's configuration.";
-  const std::string set =
-      "Set to " + Snapshot::shown(*stored, setting) + " in the cluster's configuration.";
+  const std::string set = "Set to " + Snapshot::shown(*stored, setting).value_or(*stored) +
+                          " in the cluster's configuration.";
   return joined(set, waits.empty() ? hindranceOnLeader(setting) : waits);
 }
 

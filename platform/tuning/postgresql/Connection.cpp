@@ -7,7 +7,6 @@
 
 #include "tuning/TuningError.h"
 #include "tuning/postgresql/SocketWait.h"
-#include "tuning/postgresql/SqlState.h"
 
 namespace tn::postgresql {
 namespace {
@@ -18,10 +17,12 @@ constexpr int kOldestServer = 100000;  // version 10
 // otherwise be waited for until the system gives the connection up, which can be never.
 constexpr std::chrono::seconds kLongestStatement(30);
 
-constexpr char kUseUtf8[] =
+constexpr char kUseEncoding[] =
     "SELECT source FROM pg_catalog.pg_settings"
     " WHERE name OPERATOR(pg_catalog.=) 'client_encoding';"
-    " SET client_encoding TO 'UTF8'";
+    " SET client_encoding TO ";
+
+constexpr char kNoEncoding[] = "SQL_ASCII";
 
 }  // namespace
 
@@ -38,15 +39,16 @@ void Connection::reopen() {
 void Connection::open() {
   connection_ = ConnectionAttempt(uri_, user_, password_).open();
   if (version() < kOldestServer) throw TuningError(TN_SERVER_TOO_OLD);
-  useUtf8();
+  useEncoding();
 }
 
 // Asked for afterwards, and only where it is not so already: an encoding that is sent with the
 // connection request costs nothing, but hides what the server is configured to use. Setting it
 // hides that too, but for where it comes from, which is asked in the same turn.
-void Connection::useUtf8() {
-  if (reports("client_encoding", "UTF8") || reports("server_encoding", "SQL_ASCII")) return;
-  encodingSource_ = query(kUseUtf8).text(0, 0);
+void Connection::useEncoding() {
+  const std::string wanted = reports("server_encoding", kNoEncoding) ? kNoEncoding : "UTF8";
+  if (reports("client_encoding", wanted)) return;
+  encodingSource_ = query(kUseEncoding + wanted).text(0, 0);
 }
 
 bool Connection::reports(const char* parameter, std::string_view value) const {
@@ -57,16 +59,17 @@ bool Connection::reports(const char* parameter, std::string_view value) const {
 // One that was closed at a deadline counts as lost too.
 bool Connection::isLost() const { return PQstatus(connection_.get()) == CONNECTION_BAD; }
 
-Result Connection::query(const std::string& sql) {
+Result Connection::query(const std::string& sql, StatusOf statusOf) {
   if (isLost()) throw TuningError(TN_CONNECTION_LOST);
   std::optional<Result> result =
-      queryUntil(sql, std::chrono::steady_clock::now() + kLongestStatement);
+      queryUntil(sql, std::chrono::steady_clock::now() + kLongestStatement, statusOf);
   if (!result) throw TuningError(TN_CONNECTION_LOST);
   return std::move(*result);
 }
 
 std::optional<Result> Connection::queryUntil(const std::string& sql,
-                                             std::chrono::steady_clock::time_point deadline) {
+                                             std::chrono::steady_clock::time_point deadline,
+                                             StatusOf statusOf) {
   PGconn* const connection = connection_.get();
   if (PQsendQuery(connection, sql.c_str()) == 0) throw TuningError(TN_CONNECTION_LOST);
   std::vector<Result> results;
@@ -75,7 +78,7 @@ std::optional<Result> Connection::queryUntil(const std::string& sql,
     PGresult* const next = PQgetResult(connection);
     if (next == nullptr) {
       if (results.empty()) throw TuningError(TN_CONNECTION_LOST);
-      for (const Result& result : results) check(result);
+      for (const Result& result : results) check(result, statusOf);
       return std::move(results.front());
     }
     results.emplace_back(next);
@@ -93,12 +96,12 @@ bool Connection::answersBy(std::chrono::steady_clock::time_point deadline) {
   return true;
 }
 
-void Connection::check(const Result& result) {
+void Connection::check(const Result& result, StatusOf statusOf) {
   const ExecStatusType outcome = PQresultStatus(result.get());
   if (outcome == PGRES_TUPLES_OK || outcome == PGRES_COMMAND_OK) return;
   if (isLost()) throw TuningError(TN_CONNECTION_LOST);
   const char* const code = PQresultErrorField(result.get(), PG_DIAG_SQLSTATE);
-  throw TuningError(SqlState::ofStatement(code ? code : ""));
+  throw TuningError(statusOf(code ? code : ""));
 }
 
 std::string Connection::literal(const std::string& text) const {

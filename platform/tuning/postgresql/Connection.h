@@ -1,6 +1,5 @@
 // An open connection to a server: statements go in, rows or TuningError come out. Text is UTF-8 in
-// both directions, except on a server whose database has no encoding (SQL_ASCII): its bytes pass
-// through.
+// both directions, except where the database has no encoding (SQL_ASCII): its bytes pass through.
 #ifndef KNOB_POSTGRESQL_CONNECTION_H
 #define KNOB_POSTGRESQL_CONNECTION_H
 
@@ -11,6 +10,7 @@
 
 #include "tuning/postgresql/ConnectionAttempt.h"
 #include "tuning/postgresql/Result.h"
+#include "tuning/postgresql/SqlState.h"
 
 namespace tn::postgresql {
 
@@ -22,13 +22,20 @@ class Connection {
   // Connects once more, as at first: after the connection was lost.
   void reopen();
 
-  // The result of the first of the statements. Throws SqlState::ofStatement, or TN_CONNECTION_LOST,
+  // What a server's error code means: one of SqlState's.
+  using StatusOf = TnStatus (*)(std::string_view code);
+
+  // The result of the first of the statements. Throws `statusOf` an error, or TN_CONNECTION_LOST,
   // also when the server does not answer for 30 s.
-  Result query(const std::string& sql);
+  Result query(const std::string& sql, StatusOf statusOf = SqlState::ofQuestion);
 
   // The same, but gives up at the deadline: there is no result then, and the connection is closed.
   std::optional<Result> queryUntil(const std::string& sql,
-                                   std::chrono::steady_clock::time_point deadline);
+                                   std::chrono::steady_clock::time_point deadline,
+                                   StatusOf statusOf = SqlState::ofQuestion);
+
+  // True once anything has found it lost.
+  bool isLost() const;
 
   // True: the server checks no rights of this user. Costs nothing: the server tells it by itself.
   bool isSuperuser() const { return reports("is_superuser", "on"); }
@@ -47,10 +54,9 @@ class Connection {
  private:
   // Whether a result can be had without waiting; false at the deadline.
   bool answersBy(std::chrono::steady_clock::time_point deadline);
-  void check(const Result& result);
-  bool isLost() const;
+  void check(const Result& result, StatusOf statusOf);
   bool reports(const char* parameter, std::string_view value) const;
-  void useUtf8();
+  void useEncoding();
   void open();
 
   std::string uri_;

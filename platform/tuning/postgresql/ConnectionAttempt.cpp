@@ -28,8 +28,8 @@ ConnectionAttempt::ConnectionAttempt(std::string uri, std::string user, std::str
 
 ConnectionPointer ConnectionAttempt::open() {
   connection_ = start();
+  readTimeout();  // for failureOfStart() too, which may connect
   if (PQstatus(connection_.get()) == CONNECTION_BAD) throw TuningError(failureOfStart());
-  readTimeout();
   std::optional<Clock::time_point> deadline;
   if (timeoutSeconds_ > 0) deadline = Clock::now() + std::chrono::seconds(timeoutSeconds_);
   if (!pollUntil(deadline)) {
@@ -143,7 +143,8 @@ TnStatus ConnectionAttempt::failure() const {
   }
   // Of what it finds missing itself libpq gives no code; a server was there to miss it on.
   const bool reached = lastStep_ != CONNECTION_STARTED;
-  if (reached && (option("channel_binding") == "require" || option("gssencmode") == "require")) {
+  if (reached && (option("channel_binding") == "require" || option("gssencmode") == "require" ||
+                  !option("requirepeer").empty())) {
     return TN_TLS_REFUSED;
   }
   // The last server let us in and was then found not to be of the kind that was asked for.

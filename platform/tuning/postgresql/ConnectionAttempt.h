@@ -30,7 +30,8 @@ class ConnectionAttempt {
   ConnectionAttempt(std::string uri, std::string user, std::string password);
 
   // An open connection, or TuningError with one of the statuses of opening a connection. Gives up
-  // after the connect timeout of the URI, the service or the environment, else after 10 s.
+  // after the connect timeout of the URI, the service or the environment, else after 10 s; with
+  // several addresses, after that time once more than there are silent ones.
   ConnectionPointer open();
 
  private:

@@ -135,12 +135,12 @@ std::optional<NameList::Names> NameList::ofServer(std::string_view text, Kind ki
   return names;
 }
 
-std::optional<NameList::Names> NameList::ofPerson(std::string_view text) {
+std::optional<NameList::Names> NameList::ofPerson(std::string_view text, Kind kind) {
   auto items = split(text);
   if (!items) return std::nullopt;
   Names names;
   for (Item& item : *items) {
-    if (item.name.empty()) return std::nullopt;
+    if (item.name.empty() && !(item.quoted && kind == Kind::identifiers)) return std::nullopt;
     names.push_back(std::move(item.name));
   }
   return names;

@@ -29,8 +29,9 @@ class NameList {
   // The names in the server's text. A text that is no proper list is not there.
   static std::optional<Names> ofServer(std::string_view text, Kind kind);
   // The names in a text that a person typed, quoted or bare. Empty for an empty text; not there
-  // when a name is empty, a quote is not closed or text follows one.
-  static std::optional<Names> ofPerson(std::string_view text);
+  // when a quote is not closed or text follows one, or a name is empty. Of identifiers one in
+  // quotes may be: a search_path of "" names no schema.
+  static std::optional<Names> ofPerson(std::string_view text, Kind kind);
   static std::string shown(const Names& names);
   // As the server writes a list, whatever its kind: only names that are plain words are bare.
   static std::string stored(const Names& names);

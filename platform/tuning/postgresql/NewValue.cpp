@@ -36,7 +36,7 @@ NewValue NewValue::ofInteger(const Setting& setting, int64_t value) {
 NewValue NewValue::ofText(const Setting& setting, const std::string& value) {
   if (std::any_of(value.begin(), value.end(), isControl)) refuse(setting, TN_CONTROL_CHARACTER);
   if (setting.list == NameList::Kind::none) return {value, {value}, false};
-  auto names = NameList::ofPerson(value);
+  auto names = NameList::ofPerson(value, setting.list);
   if (!names) throw TuningError(TN_LIST_MALFORMED);
   if (setting.listIsOneText) return ofOneText(setting, NameList::shown(*names));
   return {NameList::shown(*names), std::move(*names), true};

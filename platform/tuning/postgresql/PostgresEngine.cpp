@@ -15,8 +15,7 @@ namespace {
 constexpr int kGrantsSettings = 150000;  // rights on single settings
 
 bool isWritten(const Setting& setting, std::string_view text) {
-  return text == *setting.written ||
-         Snapshot::same(Snapshot::shown(text, setting), *setting.written, setting);
+  return text == *setting.written || Snapshot::means(text, *setting.written, setting);
 }
 
 Reload::Names namesOf(const std::vector<Setting*>& settings) {
@@ -77,7 +76,7 @@ bool PostgresEngine::isCurrent(const Setting& setting, const std::string& wanted
     return false;
   }
   const auto stored = files().storedValue(setting.name);
-  return !stored || Snapshot::same(Snapshot::shown(*stored, setting), wanted, setting);
+  return !stored || Snapshot::means(*stored, wanted, setting);
 }
 
 ServerFiles& PostgresEngine::files() {
@@ -88,6 +87,7 @@ ServerFiles& PostgresEngine::files() {
 // The first change of a run is in force when this returns, and so tells that the others, which wait
 // for the end of the run, will be.
 void PostgresEngine::store(Setting& setting, const NewValue& value) {
+  if (connection().isLost()) throw TuningError(TN_CONNECTION_LOST_BEFORE);
   if (isCurrent(setting, value.shown())) return;
   checkChangeable(setting);
   write(setting, statement(setting, value));
@@ -99,12 +99,9 @@ void PostgresEngine::store(Setting& setting, const NewValue& value) {
 
 void PostgresEngine::write(const Setting& setting, const std::string& statement) {
   try {
-    connection().query(statement);
+    connection().query(statement, SqlState::ofAlterSystem);
   } catch (const TuningError& error) {
-    // A file that cannot be replaced, as one that is mounted by itself, is an error of no kind.
-    const bool locked = error.status() == TN_SERVER_ERROR ||
-                        (error.status() == TN_NOT_PERMITTED && mayChange(setting));
-    if (!locked) throw;
+    if (error.status() != TN_NOT_PERMITTED || !mayChange(setting)) throw;
     throw TuningError(TN_CONFIGURATION_LOCKED);
   }
 }
@@ -159,39 +156,56 @@ void PostgresEngine::checkChangeable(const Setting& setting) {
   if (files().blocked(isKnown)) throw TuningError(TN_CONFIGURATION_FILE_ERRORS);
 }
 
-// For a superuser the values are looked at first, and whole rows only of what they leave open.
+// What a lost connection leaves open stays to be loaded. After any other failure the changes are
+// stored all the same.
 void PostgresEngine::takeEffect() {
-  auto open = std::exchange(unloaded_, {});
-  const bool quick = connection().isSuperuser();
-  auto rows = quick ? Reload::values(connection(), namesOf(open))
-                    : Reload::rows(connection(), namesOf(open));
-  if (rows && quick) {
-    std::erase_if(open, [&](const Setting* setting) {
-      const int row = rowOf(*rows, *setting);
-      return row >= 0 && isWritten(*setting, rows->text(row, Reload::kConfigured));
-    });
-    if (open.empty()) return;
-    rows = Reload::rowsNow(connection(), namesOf(open));
+  bool inForce = false;
+  try {
+    inForce = load();
+  } catch (const TuningError& error) {
+    if (error.status() == TN_CONNECTION_LOST) throw;
   }
-  const bool inForce = rows && std::all_of(open.begin(), open.end(), [&](const Setting* setting) {
-                         return isInForce(*setting, *rows);
-                       });
+  const auto open = std::exchange(unloaded_, {});
   if (inForce) return;
   for (Setting* const setting : open) setting->written.reset();
   throw TuningError(TN_CHANGE_NOT_IN_FORCE);
 }
 
-// What this session cannot see counts as in force.
+// False when not everything is in force then. For a superuser the values are looked at first, and
+// whole rows only of what they leave open.
+bool PostgresEngine::load() {
+  const bool quick = connection().isSuperuser();
+  auto rows = quick ? Reload::values(connection(), namesOf(unloaded_))
+                    : Reload::rows(connection(), namesOf(unloaded_));
+  if (rows && quick) {
+    std::erase_if(unloaded_, [&](const Setting* setting) {
+      const int row = rowOf(*rows, *setting);
+      return row >= 0 && setting->currentIsKnown &&
+             isWritten(*setting, rows->text(row, Reload::kConfigured));
+    });
+    if (unloaded_.empty()) return true;
+    rows = Reload::rowsNow(connection(), namesOf(unloaded_));
+  }
+  return rows && std::all_of(unloaded_.begin(), unloaded_.end(),
+                             [&](const Setting* setting) { return isInForce(*setting, *rows); });
+}
+
+// A value that a session's own hides is in force when the files give it and the command line does
+// not give another.
 bool PostgresEngine::isInForce(const Setting& setting, const Result& rows) {
   const int row = rowOf(rows, setting);
   if (row < 0 || setting.ofNewSessions) return true;
-  if (Snapshot::isOfSession(rows.text(row, Reload::kSource))) return true;
-  if (setting.needsRestart && rows.flag(row, Reload::kPendingRestart)) return true;
-  if (isWritten(setting, rows.text(row, Reload::kConfigured))) return true;
+  const bool hidden = Snapshot::isOfSession(rows.text(row, Reload::kSource));
+  if (!hidden) {
+    if (setting.needsRestart && rows.flag(row, Reload::kPendingRestart)) return true;
+    if (isWritten(setting, rows.text(row, Reload::kConfigured))) return true;
+  }
   // The server writes some values in another way than they were given.
-  const ServerFiles now(connection());
+  ServerFiles now(connection());
+  if (!now.readable()) return !hidden;
+  if (hidden && !now.readCommandLine(connection())) return false;
   const auto given = now.value(setting.name);
-  return !now.readable() || (given && isWritten(setting, *given));
+  return given ? isWritten(setting, *given) : hidden && setting.fallback == *setting.written;
 }
 
 }  // namespace tn::postgresql

@@ -37,6 +37,7 @@ class PostgresEngine final : public PostgresReader {
   bool resetGivesBackWhatRuns(const Setting& setting, const NewValue& value);
   ServerFiles& files();
   void takeEffect();
+  bool load();
   void takeEffectOverNewConnection();
   bool isInForce(const Setting& setting, const Result& rows);
 

@@ -21,6 +21,7 @@ std::vector<int32_t> PostgresReader::categories() {
 }
 
 CategoryInfo PostgresReader::category(int32_t categoryId) {
+  beforeReading();
   const SettingCategory& category = knownCategory(categoryId);
   const auto changed =
       std::count_if(category.settingIds.begin(), category.settingIds.end(), [this](int32_t id) {
@@ -42,6 +43,7 @@ SettingInfo PostgresReader::setting(int32_t settingId) {
 bool PostgresReader::isAvailable(int32_t settingId) { return snapshot_.contains(settingId); }
 
 std::string PostgresReader::description(int32_t settingId) {
+  beforeReading();
   return SettingText::of(known(settingId));
 }
 

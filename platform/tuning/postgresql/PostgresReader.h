@@ -22,7 +22,8 @@ class PostgresReader : public Engine {
   // Makes the setting have the value, which is no more than checked against type, limits and
   // choices. Returns at once when it has the value already; throws why it cannot have it.
   virtual void store(Setting& setting, const NewValue& value) = 0;
-  // Called before a current value is read: what this run has changed has to be seen.
+  // Called before a current value, or what is told of one, is read: what this run has changed has
+  // to be seen.
   virtual void beforeReading() = 0;
 
   Connection& connection() { return connection_; }

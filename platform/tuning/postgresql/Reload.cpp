@@ -15,9 +15,14 @@ constexpr std::chrono::microseconds kFirstPause{200};
 constexpr std::chrono::microseconds kLongestPause{50000};
 
 // Everything is named with its schema: a role's search_path could put something else before it.
-// Moments are compared as numbers: as text they depend on DateStyle and TimeZone.
-constexpr char kLoadTime[] = "pg_catalog.date_part('epoch', pg_catalog.pg_conf_load_time())";
-constexpr char kNow[] = "pg_catalog.date_part('epoch', pg_catalog.clock_timestamp())";
+// Moments are compared as whole microseconds: as text they depend on DateStyle and TimeZone, and
+// how many digits of a fraction are sent on extra_float_digits.
+constexpr char kLoadTime[] =
+    "pg_catalog.int8(pg_catalog.float8mul(1000000,"
+    " pg_catalog.date_part('epoch', pg_catalog.pg_conf_load_time())))";
+constexpr char kNow[] =
+    "pg_catalog.int8(pg_catalog.float8mul(1000000,"
+    " pg_catalog.date_part('epoch', pg_catalog.clock_timestamp())))";
 
 enum Request : int { kProcess, kLoadedBefore, kAskedAt };
 
@@ -34,11 +39,11 @@ std::string quoted(std::string_view text) { return "'" + std::string(text) + "'"
 // Whether the process that answers has loaded the configuration since it was asked for. The
 // condition names no row, so the server looks at the settings only when it holds.
 std::string isLoaded(const Result& asked) {
-  const std::string later = std::string("pg_catalog.float8gt(") + kLoadTime + ", " +
-                            quoted(asked.text(0, kAskedAt)) + ")";
+  const std::string later =
+      std::string("pg_catalog.int8gt(") + kLoadTime + ", " + quoted(asked.text(0, kAskedAt)) + ")";
   const std::string sameProcess = "pg_catalog.int4eq(pg_catalog.pg_backend_pid(), " +
                                   std::string(asked.text(0, kProcess)) + ")";
-  const std::string again = std::string("pg_catalog.textne(") + kLoadTime + "::pg_catalog.text, " +
+  const std::string again = std::string("pg_catalog.int8ne(") + kLoadTime + ", " +
                             quoted(asked.text(0, kLoadedBefore)) + ")";
   return "(" + later + " OR (" + sameProcess + " AND " + again + "))";
 }

@@ -10,7 +10,8 @@ namespace {
 
 // Everything is named with its schema: a role's search_path could put something else before it.
 constexpr char kRightsQuery[] =
-    "SELECT pg_catalog.has_function_privilege('pg_catalog.pg_reload_conf()', 'EXECUTE'),"
+    "SELECT pg_catalog.has_function_privilege('pg_catalog.pg_reload_conf()', 'EXECUTE')"
+    " AND pg_catalog.has_function_privilege('pg_catalog.pg_conf_load_time()', 'EXECUTE'),"
     " pg_catalog.has_table_privilege('pg_catalog.pg_file_settings', 'SELECT')"
     " AND pg_catalog.has_function_privilege('pg_catalog.pg_show_all_file_settings()', 'EXECUTE'),"
     " pg_catalog.has_function_privilege("
@@ -61,12 +62,14 @@ bool ServerFiles::blocked(const std::function<bool(std::string_view)>& isKnown) 
 
 // A file that is not there or not readable leaves the command line unknown, which is no reason to
 // fail; a lost connection is met again by whatever comes next.
-void ServerFiles::readCommandLine(Connection& connection) {
-  if (!mayReadOptions_) return;
+bool ServerFiles::readCommandLine(Connection& connection) {
+  if (!mayReadOptions_) return false;
   try {
-    commandLine_ = CommandLine(connection.query(kOptionsQuery).text(0, 0));
+    const Result options = connection.query(kOptionsQuery);
+    commandLine_ = CommandLine(options.text(0, 0));
+    return !options.text(0, 0).empty();
   } catch (const TuningError&) {
-    commandLine_ = CommandLine();
+    return false;
   }
 }
 

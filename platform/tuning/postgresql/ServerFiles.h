@@ -18,12 +18,13 @@ class ServerFiles {
  public:
   explicit ServerFiles(Connection& connection);
 
-  // Reads the server's command line as well, which wins over the files.
-  void readCommandLine(Connection& connection);
+  // Reads the server's command line as well, which wins over the files. False: it cannot be told
+  // what it gives.
+  bool readCommandLine(Connection& connection);
 
   // False: the role may not look, and nothing else here means anything.
   bool readable() const { return readable_; }
-  // True: the role may make the server read its configuration again.
+  // True: the role may make the server read its configuration again, and see when it has.
   bool mayReload() const { return mayReload_; }
 
   // What the command line, if it was read, or the files give the setting; not there when they do

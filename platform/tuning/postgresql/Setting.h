@@ -49,7 +49,7 @@ struct Setting {
   bool preset = false;         // fixed when the server was built or its data was created
   bool ofCommandLine = false;  // the command line that started the server gives the value
   bool changeMayWait = false;  // a changed value may wait for a restart
-  bool currentIsKnown = true;  // false: hidden by the session's own, and the role may not look
+  bool currentIsKnown = true;  // false: hidden by the session's own, and nobody can look
 
   // What this run has set, while that is not in effect yet.
   std::optional<std::string> written;

@@ -54,10 +54,9 @@ std::string SettingText::of(const Setting& setting, std::string_view origin) {
   }
   addSentence(text, origin);
   if (!setting.currentIsKnown) {
-    addSentence(
-        text,
-        "The value shown is the default: this session has its own, and the server's cannot be"
-        " told.");
+    addSentence(text,
+                "This session has its own value, and the server's cannot be told: what is shown is"
+                " what the configuration files give as far as they can be read, else the default.");
   }
   return onOneLine(std::move(text));
 }

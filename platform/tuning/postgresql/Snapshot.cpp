@@ -105,17 +105,15 @@ std::vector<std::string> elementsIn(std::string_view array) {
   return elements;
 }
 
-std::string shownInteger(std::string_view text, const Setting& setting,
-                         const std::string& otherwise) {
+std::optional<std::string> shownInteger(std::string_view text, const Setting& setting) {
   const auto value = ValueText::integer(text, setting.unit, setting.fractions);
-  return value ? std::to_string(*value) : otherwise;
+  return value ? std::optional(std::to_string(*value)) : std::nullopt;
 }
 
-std::string shownString(std::string_view text, const Setting& setting,
-                        const std::string& otherwise) {
+std::optional<std::string> shownString(std::string_view text, const Setting& setting) {
   if (setting.real) {
     const auto value = ValueText::real(text, setting.unit);
-    return value ? ValueText::ofReal(*value) : otherwise;
+    return value ? std::optional(ValueText::ofReal(*value)) : std::nullopt;
   }
   if (setting.list == NameList::Kind::none) return std::string(text);
   const auto names = NameList::ofServer(text, setting.list);
@@ -167,9 +165,9 @@ std::string_view Snapshot::source(int row) const {
 
 void Snapshot::lookUpHidden(Connection& connection, const std::vector<int>& hidden) {
   ServerFiles files(connection);
-  files.readCommandLine(connection);
+  const bool commandLineKnown = files.readCommandLine(connection);
   const auto isKnown = [this](std::string_view name) { return hasName(name); };
-  filesReadable_ = files.readable() && !files.blocked(isKnown);
+  hiddenAreKnown_ = commandLineKnown && files.readable() && !files.blocked(isKnown);
   for (const int row : hidden) {
     const std::string_view name = rows_.text(row, kName);
     const auto text = files.value(name);
@@ -258,34 +256,35 @@ void Snapshot::readLimits(Setting& setting) {
 // `setting` may be a text made for display ("0600", "(disabled)") where `reset_val` has the value;
 // of presets, which nobody configures, some are told by `setting` alone.
 void Snapshot::readValues(Setting& setting, int row) const {
-  setting.fallback = shown(rows_.text(row, kDefault), setting);
+  setting.fallback = shown(rows_.text(row, kDefault), setting).value_or("");
   setting.current = setting.fallback;
   setting.changeMayWait = rows_.flag(row, kPendingRestart);
   const std::string_view from = source(row);
   setting.ofCommandLine = from == kCommandLine || hiddenOnCommandLine_.contains(row);
   if (isHidden(row)) {
     const auto& text = hidden_.at(row);
-    setting.currentIsKnown = filesReadable_ && (text || setting.name != kWorkedOut);
-    if (text) setting.current = shown(*text, setting);
+    setting.currentIsKnown = hiddenAreKnown_ && (text || setting.name != kWorkedOut);
+    if (text) setting.current = shown(*text, setting).value_or(setting.fallback);
     return;
   }
   if (setting.name == kClientEncoding && from == "default") return;
   setting.running = rows_.text(row, setting.preset ? kSetting : kConfigured);
-  setting.current = shown(setting.running, setting);
+  setting.current = shown(setting.running, setting).value_or(setting.fallback);
 }
 
-std::string Snapshot::shown(std::string_view text, const Setting& setting) {
+std::optional<std::string> Snapshot::shown(std::string_view text, const Setting& setting) {
   switch (setting.type) {
     case TN_TYPE_BOOLEAN: {
       const auto value = ValueText::boolean(text);
-      return value ? (*value ? Setting::kOn : Setting::kOff) : setting.fallback;
+      if (!value) return std::nullopt;
+      return *value ? Setting::kOn : Setting::kOff;
     }
     case TN_TYPE_INTEGER:
-      return shownInteger(text, setting, setting.fallback);
+      return shownInteger(text, setting);
     case TN_TYPE_SINGLE_SELECTION:
       return shownChoice(text, setting);
     default:
-      return shownString(text, setting, setting.fallback);
+      return shownString(text, setting);
   }
 }
 
@@ -295,6 +294,11 @@ bool Snapshot::same(const std::string& a, const std::string& b, const Setting& s
   const auto left = ValueText::real(a, setting.unit);
   const auto right = ValueText::real(b, setting.unit);
   return left && right && *left == *right;
+}
+
+bool Snapshot::means(std::string_view text, const std::string& wanted, const Setting& setting) {
+  const auto value = shown(text, setting);
+  return value && same(*value, wanted, setting);
 }
 
 std::optional<int> Snapshot::row(std::string_view name) const {

@@ -43,10 +43,13 @@ class Snapshot {
   // True: a value of this source, as pg_settings names it, is the session's own.
   static bool isOfSession(std::string_view source);
 
-  // A value as it is shown, whether the server or a person wrote the text.
-  static std::string shown(std::string_view text, const Setting& setting);
+  // A value as it is shown, whether the server or a person wrote the text. Not there when the text
+  // is no value of the setting.
+  static std::optional<std::string> shown(std::string_view text, const Setting& setting);
   // True when both texts, as they are shown, stand for one value.
   static bool same(const std::string& a, const std::string& b, const Setting& setting);
+  // True when a text that the server or a person wrote stands for the value that is shown so.
+  static bool means(std::string_view text, const std::string& wanted, const Setting& setting);
 
  private:
   struct Place {
@@ -71,7 +74,7 @@ class Snapshot {
   // What the files and the command line give the settings whose value a session's own hides.
   std::map<int, std::optional<std::string>> hidden_;
   std::set<int> hiddenOnCommandLine_;
-  bool filesReadable_ = false;
+  bool hiddenAreKnown_ = false;
 
   // Made when they are first asked for: most runs look at one setting.
   std::map<int32_t, Setting> settings_;

@@ -15,6 +15,7 @@ int millisecondsUntil(std::chrono::steady_clock::time_point deadline) {
 }
 
 bool waitForSocket(int socket, short events, int timeoutMilliseconds) {
+  if (timeoutMilliseconds == 0) return false;
   pollfd entry{socket, events, 0};
   for (;;) {
     const int ready = ::poll(&entry, 1, timeoutMilliseconds);

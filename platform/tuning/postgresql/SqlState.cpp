@@ -1,6 +1,7 @@
 #include "tuning/postgresql/SqlState.h"
 
 #include <algorithm>
+#include <initializer_list>
 #include <span>
 
 namespace tn::postgresql {
@@ -17,6 +18,9 @@ struct Meaning {
 
 constexpr Meaning kWhenConnecting[] = {
     {"28", TN_LOGIN_REFUSED},              // wrong password, unknown role, no access rule
+    {"08P01", TN_LOGIN_REFUSED},           // a pooler's: user, database or "options" not taken
+    {"55000", TN_LOGIN_REFUSED},           // a database that takes no connections
+    {"57014", TN_LOGIN_REFUSED},           // the login took too long
     {"3D000", TN_NO_SUCH_DATABASE},        //
     {"57P03", TN_SERVER_NOT_READY},        // starting up, shutting down, in recovery
     {"57P01", TN_SERVER_NOT_READY},        // stopped while it let us in
@@ -28,11 +32,14 @@ constexpr Meaning kWhenConnecting[] = {
     {"55P02", TN_SERVER_ADDRESS_INVALID},  // one that a session cannot set
 };
 
-constexpr Meaning kOfStatement[] = {
-    {"08", TN_CONNECTION_LOST},       //
-    {"57P01", TN_CONNECTION_LOST},    // ended by an administrator
-    {"57P02", TN_CONNECTION_LOST},    // a crash elsewhere in the server
-    {"42501", TN_NOT_PERMITTED},      //
+constexpr Meaning kOfQuestion[] = {
+    {"08", TN_CONNECTION_LOST},     //
+    {"57P01", TN_CONNECTION_LOST},  // ended by an administrator
+    {"57P02", TN_CONNECTION_LOST},  // a crash elsewhere in the server
+    {"42501", TN_NOT_PERMITTED},    //
+};
+
+constexpr Meaning kOfValue[] = {
     {"55P02", TN_SETTING_READ_ONLY},  // cannot be changed this way
     {"22", TN_VALUE_REFUSED},         // invalid, out of range, not in the server's encoding
     {"0A", TN_VALUE_REFUSED},         // something that this build or machine cannot do
@@ -40,14 +47,30 @@ constexpr Meaning kOfStatement[] = {
     {"42602", TN_VALUE_REFUSED},      // not a name where one is wanted
     {"42622", TN_VALUE_REFUSED},      // too long a name
     {"42704", TN_VALUE_REFUSED},      // names something that the server does not have
-    {"58P01", TN_SERVER_CANNOT_WRITE}, {"53100", TN_SERVER_CANNOT_WRITE},
-    {"58030", TN_SERVER_CANNOT_WRITE},
 };
 
-TnStatus lookUp(std::span<const Meaning> meanings, std::string_view code) {
-  const auto found = std::find_if(meanings.begin(), meanings.end(),
-                                  [code](const Meaning& m) { return code.starts_with(m.pattern); });
-  return found == meanings.end() ? TnStatus{TN_SERVER_ERROR} : found->status;
+constexpr Meaning kOfAlterSystem[] = {
+    {"58P01", TN_SERVER_CANNOT_WRITE},        //
+    {"53100", TN_SERVER_CANNOT_WRITE},        //
+    {"58030", TN_SERVER_CANNOT_WRITE},        //
+    {"F0000", TN_CONFIGURATION_FILE_ERRORS},  // the file that it would change cannot be read
+    {"XX000", TN_CONFIGURATION_LOCKED},       // cannot be replaced, as one mounted by itself
+    {"42809", TN_CONFIGURATION_LOCKED},       // not a file
+};
+
+// The tables are looked through one after the other.
+TnStatus lookUp(std::initializer_list<std::span<const Meaning>> tables, std::string_view code) {
+  for (const auto& meanings : tables) {
+    const auto found = std::ranges::find_if(
+        meanings, [code](const Meaning& m) { return code.starts_with(m.pattern); });
+    if (found != meanings.end()) return found->status;
+  }
+  return TN_SERVER_ERROR;
+}
+
+TnStatus ofStatement(std::initializer_list<std::span<const Meaning>> tables,
+                     std::string_view code) {
+  return code.empty() ? TnStatus{TN_CONNECTION_LOST} : lookUp(tables, code);
 }
 
 bool isCode(std::string_view text) {
@@ -58,10 +81,16 @@ bool isCode(std::string_view text) {
 
 }  // namespace
 
-TnStatus SqlState::whenConnecting(std::string_view code) { return lookUp(kWhenConnecting, code); }
+TnStatus SqlState::whenConnecting(std::string_view code) { return lookUp({kWhenConnecting}, code); }
 
-TnStatus SqlState::ofStatement(std::string_view code) {
-  return code.empty() ? TnStatus{TN_CONNECTION_LOST} : lookUp(kOfStatement, code);
+TnStatus SqlState::ofQuestion(std::string_view code) { return ofStatement({kOfQuestion}, code); }
+
+TnStatus SqlState::ofValue(std::string_view code) {
+  return ofStatement({kOfQuestion, kOfValue}, code);
+}
+
+TnStatus SqlState::ofAlterSystem(std::string_view code) {
+  return ofStatement({kOfQuestion, kOfValue, kOfAlterSystem}, code);
 }
 
 std::string_view SqlState::lastIn(std::string_view errorText) {

@@ -14,9 +14,12 @@ class SqlState {
  public:
   // The status of a server that answered an attempt to connect with this code.
   static TnStatus whenConnecting(std::string_view code);
-  // The status of a statement that failed with this code on an open connection. A failure without
-  // a code is the client library's own: it could not send or receive.
-  static TnStatus ofStatement(std::string_view code);
+  // The status of a statement that failed with this code on an open connection: one that asks, one
+  // that gives a session a value, and ALTER SYSTEM. A failure without a code is the client
+  // library's own: it could not send or receive.
+  static TnStatus ofQuestion(std::string_view code);
+  static TnStatus ofValue(std::string_view code);
+  static TnStatus ofAlterSystem(std::string_view code);
   // The last code in an error text written in libpq's terse form, in which the server's answer is a
   // line that ends in ":  " and the code. Empty when no server answered.
   static std::string_view lastIn(std::string_view errorText);
