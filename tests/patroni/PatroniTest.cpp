@@ -158,6 +158,7 @@ TEST_F(Patroni, SetsOnAnyMembersAddressForAll) {
                           {"DateStyle", "iso,dmy", "ISO, DMY"},
                           {"log_line_prefix", "a\\'b %m", "a\\'b %m"},
                           {"log_destination", "stderr,csvlog", "stderr,csvlog"},
+                          {"client_encoding", "LATIN1", "LATIN1"},
                           {"search_path", "\"$user\", A", "\"$user\", \"A\""}};
   for (std::size_t i = 0; i < std::size(values); ++i) {
     const auto& [setting, word, stored] = values[i];
@@ -280,6 +281,8 @@ TEST_F(Patroni, RefusesWhatTheClusterWouldIgnore) {
       {"syslog_ident", "\xff", TN_VALUE_REFUSED},
       {"log_directory", "a\nb", TN_CONTROL_CHARACTER},
       {"log_destination", "nonsense", TN_VALUE_REFUSED},
+      {"max_connections", "262143", TN_VALUE_REFUSED},
+      {"bonjour", "on", TN_VALUE_REFUSED},
   };
   const auto before = cluster().configuration();
   for (const auto& [setting, value, status] : refusals) {

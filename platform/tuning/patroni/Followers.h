@@ -26,9 +26,10 @@ class Followers {
   void checkHindrance(const postgresql::Setting& setting, RestApi& api,
                       Configuration& configuration);
 
-  // Waits until every member has followed the changes, 5 s at most. False when one has not: such a
-  // one is not waited for again.
-  bool await(const std::vector<Change>& changes);
+  // Waits until every member has followed the changes or refused them, 5 s at most; a member that
+  // has not is not waited for again. Of each change: refused by one, followed by all, unwritten on
+  // all, or else notYet.
+  std::vector<MemberServer::Standing> await(const std::vector<Change>& changes);
 
   // Waits until a member has followed the change or refused it, 5 s at most, and tells which.
   MemberServer::Standing judge(const Change& change);

@@ -48,12 +48,14 @@ MemberServer::Standing standing(const Change& change, const Result& rows,
   const bool ofSession = Snapshot::isOfSession(rows.text(row, kSource));
   if (!ofSession && isWanted(rows.text(row, kConfigured), change)) return followed;
   const MemberFiles::Entry* const written = files.byPatroni(setting.name);
-  if (!written || !isWanted(written->text, change)) return notYet;
+  if (!written) return unwritten;
+  if (!isWanted(written->text, change)) return notYet;
   // A server tells no error of its own from a value that waits for a restart but by this.
   if (setting.needsRestart && rows.flag(row, kPendingRestart)) return followed;
   if (written->failed) return refused;
   // Written, and the server can use it, which this session cannot see or sees as another text.
-  if (ofSession || setting.ofNewSessions) return followed;
+  const bool unseen = ofSession || setting.ofNewSessions || setting.name == "client_encoding";
+  if (unseen) return followed;
   const bool changed = rows.text(row, kConfigured) != setting.running;
   return setting.type == TN_TYPE_STRING && change.asTold.empty() && changed ? followed : notYet;
 }

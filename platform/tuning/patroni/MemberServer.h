@@ -21,7 +21,9 @@ namespace tn::patroni {
 struct Change {
   const postgresql::Setting* setting;
   postgresql::NewValue value;
-  std::string asTold;  // as a server tells it, where one was asked
+  std::string asTold;     // as a server tells it, where one was asked
+  http::Json json{};      // what the configuration was given
+  http::Json previous{};  // what it had; null for nothing
 };
 
 class MemberServer {
@@ -31,8 +33,9 @@ class MemberServer {
   // What became of a change here.
   enum class Standing {
     notYet,
-    followed,  // in force, or waiting for a restart
-    refused    // the server cannot use the value
+    unwritten,  // nor does Patroni's file name the setting
+    followed,   // in force, or waiting for a restart
+    refused     // the server cannot use the value
   };
 
   // Connects to nothing yet.
