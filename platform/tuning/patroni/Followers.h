@@ -1,5 +1,5 @@
-// The servers of a cluster as those that have to follow its configuration: all members that run
-// when the first change is made.
+// The servers of a cluster as those that have to follow its configuration: all members that ran
+// when the cluster was asked for its members last.
 #ifndef KNOB_PATRONI_FOLLOWERS_H
 #define KNOB_PATRONI_FOLLOWERS_H
 

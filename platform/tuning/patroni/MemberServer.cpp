@@ -94,19 +94,22 @@ bool MemberServer::look(Deadline deadline) {
   return false;
 }
 
-// What waits for a restart may stand in the file from before the cluster's configuration was
-// changed back: Patroni writes the file only when what runs would change.
 TnStatus MemberServer::hindrance(const Setting& setting, const Configuration& configuration) const {
+  const bool waits = std::ranges::find(waiting_, setting.name) != waiting_.end();
   if (!files_) return TN_SUCCESS;
-  if (files_->isOverridden(setting.name)) return TN_PATRONI_OVERRIDDEN;
-  const MemberFiles::Entry* const written = files_->byPatroni(setting.name);
-  if (!written || Rules::isOfClusterAlone(setting.name)) return TN_SUCCESS;
-  if (std::ranges::find(waiting_, setting.name) != waiting_.end()) return TN_SUCCESS;
-  const auto stored = configuration.parameter(setting.name);
-  const bool ofCluster =
-      stored && (written->text == *stored ||
-                 means(written->text, Snapshot::shown(*stored, setting), setting));
-  return ofCluster ? TN_SUCCESS : TN_PATRONI_SET_BY_MEMBER;
+  return hindrance(*files_, waits, setting, configuration);
+}
+
+// What waits for a restart may stand in the file from before the cluster's configuration was
+// changed back: Patroni writes the file only when what runs would change. Where the configuration
+// names the setting, its Patroni may just be behind.
+TnStatus MemberServer::hindrance(const MemberFiles& files, bool waitsForRestart,
+                                 const Setting& setting, const Configuration& configuration) {
+  if (files.isOverridden(setting.name)) return TN_PATRONI_OVERRIDDEN;
+  const bool ofMember = files.byPatroni(setting.name) && !waitsForRestart &&
+                        !Rules::isOfClusterAlone(setting.name) &&
+                        !configuration.parameter(setting.name);
+  return TnStatus{ofMember ? TN_PATRONI_SET_BY_MEMBER : TN_SUCCESS};
 }
 
 std::vector<MemberServer::Standing> MemberServer::standings(const std::vector<Change>& changes,

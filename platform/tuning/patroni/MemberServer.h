@@ -47,8 +47,11 @@ class MemberServer {
   // TN_PATRONI_SOURCES_HIDDEN.
   bool look(Deadline deadline);
   // Why the server would not follow a change of the setting, as the files were when look() was
-  // called; TN_SUCCESS when it would.
+  // called; TN_SUCCESS when it would, or where only the change can tell.
   TnStatus hindrance(const postgresql::Setting& setting, const Configuration& configuration) const;
+  // The same for any member's files.
+  static TnStatus hindrance(const MemberFiles& files, bool waitsForRestart,
+                            const postgresql::Setting& setting, const Configuration& configuration);
 
   // In the order of the changes. Everything is notYet when the server cannot be reached in time.
   std::vector<Standing> standings(const std::vector<Change>& changes, Deadline deadline);

@@ -77,14 +77,26 @@ const Member& Cluster::leader() const {
 
 std::unique_ptr<PatroniEngine> PatroniEngine::open(const char* server, const char* user,
                                                    const char* password) {
-  Cluster cluster{Address::parse(server), nullptr, user, password, {}};
-  cluster.api = std::make_unique<RestApi>(cluster.address);
   const auto deadline = Clock::now() + kPatienceAtFirst;
-  while (!hasLeader(cluster.members = cluster.api->members())) {
-    if (Clock::now() >= deadline) throw TuningError(TN_PATRONI_NO_LEADER);
-    std::this_thread::sleep_for(kPause);
+  for (;; std::this_thread::sleep_for(kPause)) {
+    const bool last = Clock::now() >= deadline;
+    Cluster cluster{Address::parse(server), nullptr, user, password, {}};
+    cluster.api = std::make_unique<RestApi>(cluster.address);
+    cluster.members = cluster.api->members();
+    if (!hasLeader(cluster.members)) {
+      if (last) throw TuningError(TN_PATRONI_NO_LEADER);
+      continue;
+    }
+    // One that has died is told as the leader until its time is over.
+    try {
+      return std::make_unique<PatroniEngine>(std::move(cluster));
+    } catch (const TuningError& error) {
+      // The cluster has named host and port: what libpq does not understand is one of the options.
+      if (error.status() == TN_SERVER_ADDRESS_INVALID)
+        throw TuningError(TN_PATRONI_ADDRESS_INVALID);
+      if (last || !isPassing(error)) throw;
+    }
   }
-  return std::make_unique<PatroniEngine>(std::move(cluster));
 }
 
 PatroniEngine::PatroniEngine(Cluster cluster)
@@ -322,24 +334,17 @@ std::string PatroniEngine::description(int32_t settingId) {
 // was configured with before it was
 // the cluster's.
 std::string PatroniEngine::origin(const Setting& setting) {
-  if (Rules::isPatronisOwn(setting.name))
-    return "Patroni sets it on "
-           "every member.";
-  if (isConfigurationHidden())
-    return "The cluster's "
-           "configuration cannot "
-           "be read at the moment.";
+  if (Rules::isPatronisOwn(setting.name)) return "Patroni sets it on every member.";
+  if (isConfigurationHidden()) return "The cluster's configuration cannot be read at the moment.";
+  if (Rules::isOfSynchronousMode(setting.name, configuration())) {
+    return "Patroni sets it in synchronous mode.";
+  }
   const auto stored = configuration().parameter(setting.name);
-  const std::string waits = setting.changeMayWait ? "A change waits for a "
-                                                    "restart."
-                                                  : "";
+  const std::string waits = setting.changeMayWait ? "A change waits for a restart." : "";
   if (!stored) return joined(hindranceOnLeader(setting), waits);
-  if (runsAs(*stored, setting))
-    return "Set in the cluster's "
-           "configuration.";
-  const std::string set = "Set to " + Snapshot::shown(*stored, setting) +
-                          " in the cluster's "
-                          "configuration.";
+  if (runsAs(*stored, setting)) return "Set in the cluster's configuration.";
+  const std::string set =
+      "Set to " + Snapshot::shown(*stored, setting) + " in the cluster's configuration.";
   return joined(set, waits.empty() ? hindranceOnLeader(setting) : waits);
 }
 
@@ -356,22 +361,20 @@ bool PatroniEngine::isConfigurationHidden() {
 }
 
 std::string PatroniEngine::hindranceOnLeader(const Setting& setting) {
-  if (Snapshot::same(setting.current, setting.fallback, setting) &&
-      !configuration().parameter(setting.name))
-    return {};
+  const bool stored = configuration().parameter(setting.name).has_value();
+  if (!stored && Snapshot::same(setting.current, setting.fallback, setting)) return {};
   const auto& files = leadersFiles();
   if (!files) return {};
-  if (files->isOverridden(setting.name))
-    return "Overridden on the "
-           "leader by "
-           "postgresql.auto.conf.";
-  const bool byMember = files->byPatroni(setting.name) && !Rules::isOfClusterAlone(setting.name) &&
-                        !setting.changeMayWait;
-  return byMember ? "Overridden on the "
-                    "leader by the "
-                    "member's own "
-                    "configuration."
-                  : "";
+  const TnStatus status =
+      MemberServer::hindrance(*files, setting.changeMayWait, setting, configuration());
+  if (status == TN_PATRONI_OVERRIDDEN) return "Overridden on the leader by postgresql.auto.conf.";
+  const MemberFiles::Entry* const written = files->byPatroni(setting.name);
+  if (stored && written && written->failed) return "The leader's server refuses it.";
+  if (stored || status == TN_PATRONI_SET_BY_MEMBER) {
+    return "Overridden on the leader by the member's own configuration, or its Patroni does not "
+           "follow.";
+  }
+  return {};
 }
 
 }  // namespace tn::patroni

@@ -44,7 +44,7 @@ struct Cluster {
 
 class PatroniEngine final : public postgresql::PostgresReader {
  public:
-  // Waits for a leader, 10 s at most.
+  // Waits for a leader that lets us in, 10 s at most.
   static std::unique_ptr<PatroniEngine> open(const char* server, const char* user,
                                              const char* password);
 
