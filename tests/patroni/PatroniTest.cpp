@@ -276,6 +276,7 @@ TEST_F(Patroni, RefusesWhatTheClusterWouldIgnore) {
       {"wal_level", "0", TN_PATRONI_WAL_LEVEL},
       {"synchronous_standby_names", "x", TN_PATRONI_SYNCHRONOUS},
       {"temp_buffers", "901", TN_PATRONI_OVERRIDDEN},
+      {"temp_buffers", "1024", TN_PATRONI_OVERRIDDEN},  // the leader has it
       {"fsync", "on", TN_PATRONI_NOT_TAKEN},
       {"unix_socket_directories", "/tmp", TN_PATRONI_SET_BY_MEMBER},
       {"server_version", "16", TN_SETTING_READ_ONLY},

@@ -69,6 +69,10 @@ void Followers::lookAgain() {
   for (MemberServer& server : servers_) server.look(Clock::now() + kPatienceForOthers);
 }
 
+bool Followers::have(const Change& change) const {
+  return std::ranges::all_of(servers_, [&](const MemberServer& s) { return s.has(change); });
+}
+
 TnStatus Followers::hindrance(const postgresql::Setting& setting,
                               const Configuration& configuration) const {
   for (const MemberServer& server : servers_) {

@@ -21,6 +21,9 @@ class Followers {
   Followers(const Address& address, const Members& members, const std::string& user,
             const std::string& password);
 
+  // True when every member has the value in force or waiting for a restart, as far as is known.
+  bool have(const Change& change) const;
+
   // Throws why one of the members would not follow a change of the setting. What could be a change
   // of somebody else's on its way is given 3 s, once; `configuration` is then read again.
   void checkHindrance(const postgresql::Setting& setting, RestApi& api,

@@ -13,6 +13,7 @@
 #include "tuning/patroni/MemberFiles.h"
 #include "tuning/postgresql/Connection.h"
 #include "tuning/postgresql/NewValue.h"
+#include "tuning/postgresql/Result.h"
 #include "tuning/postgresql/Setting.h"
 
 namespace tn::patroni {
@@ -43,9 +44,12 @@ class MemberServer {
 
   const std::string& name() const { return name_; }
 
-  // Reads the server's files for hindrance(). False when the server cannot be reached. Throws
-  // TN_PATRONI_SOURCES_HIDDEN.
+  // Reads the server's files and values, for has() and hindrance(). False when the server cannot be
+  // reached. Throws TN_PATRONI_SOURCES_HIDDEN.
   bool look(Deadline deadline);
+  // True when the value was in force or waited for a restart when look() was called, and where
+  // nothing is known of the server.
+  bool has(const Change& change) const;
   // Why the server would not follow a change of the setting, as the files were when look() was
   // called; TN_SUCCESS when it would, or where only the change can tell.
   TnStatus hindrance(const postgresql::Setting& setting, const Configuration& configuration) const;
@@ -66,7 +70,7 @@ class MemberServer {
   std::string password_;
   std::optional<postgresql::Connection> connection_{};
   std::optional<MemberFiles> files_{};
-  std::vector<std::string> waiting_{};  // settings with a change that waits for a restart
+  std::optional<postgresql::Result> values_{};
 };
 
 }  // namespace tn::patroni

@@ -182,7 +182,7 @@ void PatroniEngine::findLeader() {
 }
 
 void PatroniEngine::store(Setting& setting, const NewValue& value) {
-  if (isCurrent(setting, value.shown())) return;
+  if (isCurrent(setting, value)) return;
   checkChangeable(setting, value);
   const std::string asTold = askServer(setting, value);
   const Change change{&setting, value, asTold, jsonOf(setting, value),
@@ -195,9 +195,17 @@ void PatroniEngine::store(Setting& setting, const NewValue& value) {
   if (!std::exchange(begun_, true)) awaitFollowers();
 }
 
+// What a member may have otherwise than the leader, by its role or as its own, the leader decides.
+bool PatroniEngine::isCurrent(const Setting& setting, const NewValue& value) {
+  if (setting.written) return Snapshot::same(*setting.written, value.shown(), setting);
+  if (!isCurrentOnLeader(setting, value.shown())) return false;
+  if (isReadOnly(setting) || Rules::isPatronisOwn(setting.name)) return true;
+  return Rules::isOfSynchronousMode(setting.name, configuration()) ||
+         followers().have({&setting, value, {}});
+}
+
 // True when the value is in force or will be after a restart, and nothing waits to change that.
-bool PatroniEngine::isCurrent(const Setting& setting, const std::string& wanted) {
-  if (setting.written) return Snapshot::same(*setting.written, wanted, setting);
+bool PatroniEngine::isCurrentOnLeader(const Setting& setting, const std::string& wanted) {
   const auto isWanted = [&](const std::string& text) {
     return Snapshot::same(Snapshot::shown(text, setting), wanted, setting);
   };

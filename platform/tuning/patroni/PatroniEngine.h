@@ -57,7 +57,8 @@ class PatroniEngine final : public postgresql::PostgresReader {
   std::string description(int32_t settingId) override;
 
  private:
-  bool isCurrent(const postgresql::Setting& setting, const std::string& wanted);
+  bool isCurrent(const postgresql::Setting& setting, const postgresql::NewValue& value);
+  bool isCurrentOnLeader(const postgresql::Setting& setting, const std::string& wanted);
   bool runsAs(const std::string& stored, const postgresql::Setting& setting);
   std::string_view textByPatroni(const postgresql::Setting& setting);
   void checkChangeable(const postgresql::Setting& setting, const postgresql::NewValue& value);
