@@ -125,7 +125,8 @@ TnStatus MemberServer::hindrance(const MemberFiles& files, bool waitsForRestart,
   const bool ofMember = files.byPatroni(setting.name) && !waitsForRestart &&
                         !Rules::isOfClusterAlone(setting.name) &&
                         !configuration.parameter(setting.name);
-  return TnStatus{ofMember ? TN_PATRONI_SET_BY_MEMBER : TN_SUCCESS};
+  if (ofMember) return TN_PATRONI_SET_BY_MEMBER;
+  return TN_SUCCESS;
 }
 
 std::vector<MemberServer::Standing> MemberServer::standings(const std::vector<Change>& changes,
