@@ -162,6 +162,7 @@ enum {
   TN_PATRONI_OVERRIDDEN = 7518,
   TN_PATRONI_SET_BY_MEMBER = 7519,
   TN_PATRONI_SOURCES_HIDDEN = 7520,
+  TN_PATRONI_NOT_TAKEN = 7521,
 
   /* A registry: settings that many machines share in an etcd cluster. */
   TN_ETCD_ADDRESS_INVALID = 7601,

@@ -47,6 +47,11 @@ struct Trouble {
   TnStatus changing;
 };
 
+// Copying it level by level would exhaust the stack.
+std::string nested(const std::string& before) {
+  return before + std::string(1000000, '[') + std::string(1000000, ']') + '}';
+}
+
 const char kSignOfLife[] = R"({"state":"running","patroni":{"version":"3.0.2"}})";
 
 HttpDouble::Script troubled(const Trouble& trouble) {
@@ -69,7 +74,7 @@ TEST(PatroniApi, TellsFailuresApart) {
        TN_SUCCESS,
        TN_PATRONI_TLS_REFUSED},
       {"PATCH", {httpAnswer(503, "")}, TN_SUCCESS, TN_PATRONI_STORE_DOWN},
-      {"PATCH", {"", true}, TN_SUCCESS, TN_PATRONI_STORE_DOWN},
+      {"PATCH", {"", true}, TN_SUCCESS, TN_PATRONI_OUTCOME_UNKNOWN},
       {"GET /cl", {httpAnswer(500, "")}, TN_PATRONI_STORE_DOWN, TN_SUCCESS},
       {"GET /cl",
        {"HTTP/1.1 200 -\r\nContent-Length: 9\r\n\r\n{", true},
@@ -86,6 +91,9 @@ TEST(PatroniApi, TellsFailuresApart) {
       {" /", {httpAnswer(200, "[1]")}, TN_PATRONI_FOREIGN, TN_PATRONI_FOREIGN},
       {" /", {endless + std::string(1 << 20, ' ')}, TN_PATRONI_FOREIGN, TN_PATRONI_FOREIGN},
       {" /cluster", {httpAnswer(200, "{}")}, TN_PATRONI_FOREIGN, TN_SUCCESS},
+      {" /cluster", {httpAnswer(200, R"({"members":[{"port":-1}]})")}, TN_PATRONI_FOREIGN, 0},
+      {" /cluster", {httpAnswer(200, nested(R"({"members":)"))}, TN_PATRONI_FOREIGN, TN_SUCCESS},
+      {"GET /config", {httpAnswer(200, nested(R"({"a":)"))}, TN_PATRONI_FOREIGN, TN_SUCCESS},
   };
   for (const Trouble& trouble : troubles) {
     SCOPED_TRACE(trouble.path + trouble.reply.bytes.substr(0, 80));
@@ -158,6 +166,7 @@ TEST_F(Patroni, SetsOnAnyMembersAddressForAll) {
                           {"DateStyle", "iso,dmy", "ISO, DMY"},
                           {"log_line_prefix", "a\\'b %m", "a\\'b %m"},
                           {"log_destination", "stderr,csvlog", "stderr,csvlog"},
+                          {"client_encoding", "LATIN1", "LATIN1"},
                           {"search_path", "\"$user\", A", "\"$user\", \"A\""}};
   for (std::size_t i = 0; i < std::size(values); ++i) {
     const auto& [setting, word, stored] = values[i];
@@ -267,7 +276,8 @@ TEST_F(Patroni, RefusesWhatTheClusterWouldIgnore) {
       {"wal_level", "0", TN_PATRONI_WAL_LEVEL},
       {"synchronous_standby_names", "x", TN_PATRONI_SYNCHRONOUS},
       {"temp_buffers", "901", TN_PATRONI_OVERRIDDEN},
-      {"fsync", "on", TN_PATRONI_SET_BY_MEMBER},
+      {"temp_buffers", "1024", TN_PATRONI_OVERRIDDEN},  // the leader has it
+      {"fsync", "on", TN_PATRONI_NOT_TAKEN},
       {"unix_socket_directories", "/tmp", TN_PATRONI_SET_BY_MEMBER},
       {"server_version", "16", TN_SETTING_READ_ONLY},
       {"transaction_read_only", "on", TN_SETTING_READ_ONLY},
@@ -280,6 +290,8 @@ TEST_F(Patroni, RefusesWhatTheClusterWouldIgnore) {
       {"syslog_ident", "\xff", TN_VALUE_REFUSED},
       {"log_directory", "a\nb", TN_CONTROL_CHARACTER},
       {"log_destination", "nonsense", TN_VALUE_REFUSED},
+      {"max_connections", "262143", TN_VALUE_REFUSED},
+      {"bonjour", "on", TN_VALUE_REFUSED},
   };
   const auto before = cluster().configuration();
   for (const auto& [setting, value, status] : refusals) {

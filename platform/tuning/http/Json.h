@@ -11,8 +11,19 @@ namespace tn::http {
 
 using Json = nlohmann::json;
 
-// is_discarded() for text that is not JSON.
-inline Json parseJson(std::string_view text) { return Json::parse(text, nullptr, false); }
+// is_discarded() for text that is not JSON, or nested so deep that copying it, which the library
+// does level by level, could exhaust the stack.
+inline Json parseJson(std::string_view text) {
+  constexpr int kDeepest = 100;
+  bool tooDeep = false;
+  const auto keep = [&tooDeep](int depth, Json::parse_event_t, const Json&) {
+    tooDeep = tooDeep || depth > kDeepest;
+    return !tooDeep;
+  };
+  Json json = Json::parse(text, keep, false);
+  if (tooDeep) return Json::value_t::discarded;
+  return json;
+}
 
 // For a request. Bytes that are not UTF-8 become replacement characters.
 inline std::string toText(const Json& json) {

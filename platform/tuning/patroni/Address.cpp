@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "tuning/Endpoints.h"
 #include "tuning/TuningError.h"
-#include "tuning/http/Endpoints.h"
 #include "tuning/postgresql/ValueText.h"
 
 namespace tn::patroni {
@@ -21,11 +21,11 @@ void require(bool condition) {
 }
 
 void readOptions(Address& address) {
-  address.hasConnectTimeout = !http::variable("PGCONNECT_TIMEOUT").empty();
+  address.hasConnectTimeout = !variable("PGCONNECT_TIMEOUT").empty();
   std::string_view rest = address.options;
   while (!rest.empty()) {
-    std::string_view option = http::takeUntil(rest, '&');
-    const auto name = http::percentDecoded(http::takeUntil(option, '='));
+    std::string_view option = takeUntil(rest, '&');
+    const auto name = percentDecoded(takeUntil(option, '='));
     require(name && std::ranges::find(kNamesServer, *name) == std::end(kNamesServer));
     if (*name == "connect_timeout") address.hasConnectTimeout = true;
   }
@@ -40,8 +40,8 @@ Address Address::parse(std::string_view server) {
 
   Address address;
   std::string_view options = server;
-  std::string_view path = http::takeUntil(options, '?');
-  std::string_view hosts = http::takeUntil(path, '/');
+  std::string_view path = takeUntil(options, '?');
+  std::string_view hosts = takeUntil(path, '/');
   address.options = options;
   readOptions(address);
   if (!path.empty()) address.database = '/' + std::string(path);
@@ -49,16 +49,16 @@ Address Address::parse(std::string_view server) {
     address.login = hosts.substr(0, at + 1);
     hosts.remove_prefix(at + 1);
   }
-  const auto endpoints = http::Endpoints::of(secure ? "https" : "http", hosts, kDefaultPort);
+  const auto endpoints = Endpoints::of(secure ? "https" : "http", hosts, kDefaultPort);
   require(endpoints.has_value());
   address.endpoints = *endpoints;
 
-  address.apiUser = http::variable("PATRONI_RESTAPI_USERNAME");
-  address.apiPassword = http::variable("PATRONI_RESTAPI_PASSWORD");
+  address.apiUser = variable("PATRONI_RESTAPI_USERNAME");
+  address.apiPassword = variable("PATRONI_RESTAPI_PASSWORD");
   if (secure) {
-    const auto insecure = postgresql::ValueText::boolean(http::variable("PATRONI_CTL_INSECURE"));
-    address.tls = {http::variable("PATRONI_CTL_CACERT"), http::variable("PATRONI_CTL_CERTFILE"),
-                   http::variable("PATRONI_CTL_KEYFILE"), !insecure.value_or(false)};
+    const auto insecure = postgresql::ValueText::boolean(variable("PATRONI_CTL_INSECURE"));
+    address.tls = {variable("PATRONI_CTL_CACERT"), variable("PATRONI_CTL_CERTFILE"),
+                   variable("PATRONI_CTL_KEYFILE"), !insecure.value_or(false)};
   }
   return address;
 }
@@ -68,7 +68,7 @@ Address Address::parse(std::string_view server) {
 std::string Address::serverUri(const std::string& host, int port, std::string_view extra) const {
   std::string uri = "postgresql://" + login + (database.empty() ? "/" : database) + '?' + options;
   if (!options.empty()) uri += '&';
-  return uri + "host=" + http::percentEncoded(host) + "&hostaddr=&port=" + std::to_string(port) +
+  return uri + "host=" + percentEncoded(host) + "&hostaddr=&port=" + std::to_string(port) +
          "&target_session_attrs=any" + std::string(extra);
 }
 

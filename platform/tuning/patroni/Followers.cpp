@@ -22,6 +22,25 @@ constexpr std::chrono::milliseconds kLongestPause{100};
 // A member that is paused lets nobody in, and says so to nobody.
 constexpr std::string_view kShortWait = "&connect_timeout=3";
 
+bool isDecided(Standing standing) {
+  return standing == Standing::followed || standing == Standing::refused;
+}
+
+bool isSettled(const std::vector<Standing>& standings) {
+  return !standings.empty() && std::ranges::all_of(standings, isDecided);
+}
+
+Standing ofAll(const std::vector<std::vector<Standing>>& standings, size_t change, bool missing) {
+  const auto is = [change](Standing standing) {
+    return [=](const auto& ofServer) { return ofServer[change] == standing; };
+  };
+  if (std::ranges::any_of(standings, is(Standing::refused))) return Standing::refused;
+  if (missing) return Standing::notYet;
+  if (std::ranges::all_of(standings, is(Standing::followed))) return Standing::followed;
+  return std::ranges::all_of(standings, is(Standing::unwritten)) ? Standing::unwritten
+                                                                 : Standing::notYet;
+}
+
 // Asks again and again, less and less often, until the answer is yes or the time is over.
 template <typename Question>
 bool until(Clock::time_point deadline, Question yes) {
@@ -50,6 +69,10 @@ void Followers::lookAgain() {
   for (MemberServer& server : servers_) server.look(Clock::now() + kPatienceForOthers);
 }
 
+bool Followers::have(const Change& change) const {
+  return std::ranges::all_of(servers_, [&](const MemberServer& s) { return s.has(change); });
+}
+
 TnStatus Followers::hindrance(const postgresql::Setting& setting,
                               const Configuration& configuration) const {
   for (const MemberServer& server : servers_) {
@@ -73,33 +96,41 @@ void Followers::checkHindrance(const postgresql::Setting& setting, RestApi& api,
   if (status != TN_SUCCESS) throw TuningError(status);
 }
 
-bool Followers::await(const std::vector<Change>& changes) {
+std::vector<Standing> Followers::await(const std::vector<Change>& changes) {
   const auto deadline = Clock::now() + kPatience;
-  std::vector<MemberServer*> behind;
-  for (MemberServer& server : servers_) behind.push_back(&server);
-  const auto follows = [&](MemberServer* server) {
-    return std::ranges::all_of(server->standings(changes, deadline),
-                               [](Standing s) { return s == Standing::followed; });
+  std::vector<std::vector<Standing>> standings(servers_.size());
+  const auto settles = [&](size_t server) {
+    if (!isSettled(standings[server])) {
+      standings[server] = servers_[server].standings(changes, deadline);
+    }
+    return isSettled(standings[server]);
   };
-  const bool all = until(deadline, [&] {
-    std::erase_if(behind, follows);
-    return behind.empty();
+  until(deadline, [&] {
+    size_t settled = 0;
+    for (size_t server = 0; server < servers_.size(); ++server) settled += settles(server);
+    return settled == servers_.size();
   });
-  std::erase_if(servers_, [&](const MemberServer& server) {
-    return std::ranges::find(behind, server.name(), &MemberServer::name) != behind.end();
-  });
-  return !std::exchange(missing_, false) && all;
+
+  std::vector<Standing> found;
+  found.reserve(changes.size());
+  for (size_t change = 0; change < changes.size(); ++change) {
+    found.push_back(ofAll(standings, change, missing_));
+  }
+  missing_ = false;
+  size_t server = 0;
+  std::erase_if(servers_, [&](const MemberServer&) { return !isSettled(standings[server++]); });
+  return found;
 }
 
-// What one server makes of a value the others make of it too.
+// What one server makes of a value the others make of it too, as far as it can be asked in advance.
 Standing Followers::judge(const Change& change) {
   const auto deadline = Clock::now() + kPatience;
   Standing standing = Standing::notYet;
-  const auto isDecided = [&](MemberServer& server) {
+  const auto decides = [&](MemberServer& server) {
     standing = server.standings({change}, deadline).front();
-    return standing != Standing::notYet;
+    return isDecided(standing);
   };
-  until(deadline, [&] { return std::ranges::any_of(servers_, isDecided); });
+  until(deadline, [&] { return servers_.empty() || std::ranges::any_of(servers_, decides); });
   return standing;
 }
 

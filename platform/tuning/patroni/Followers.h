@@ -1,5 +1,5 @@
-// The servers of a cluster as those that have to follow its configuration: all members that run
-// when the first change is made.
+// The servers of a cluster as those that have to follow its configuration: all members that ran
+// when the cluster was asked for its members last.
 #ifndef KNOB_PATRONI_FOLLOWERS_H
 #define KNOB_PATRONI_FOLLOWERS_H
 
@@ -21,14 +21,18 @@ class Followers {
   Followers(const Address& address, const Members& members, const std::string& user,
             const std::string& password);
 
+  // True when every member has the value in force or waiting for a restart, as far as is known.
+  bool have(const Change& change) const;
+
   // Throws why one of the members would not follow a change of the setting. What could be a change
   // of somebody else's on its way is given 3 s, once; `configuration` is then read again.
   void checkHindrance(const postgresql::Setting& setting, RestApi& api,
                       Configuration& configuration);
 
-  // Waits until every member has followed the changes, 5 s at most. False when one has not: such a
-  // one is not waited for again.
-  bool await(const std::vector<Change>& changes);
+  // Waits until every member has followed the changes or refused them, 5 s at most; a member that
+  // has not is not waited for again. Of each change: refused by one, followed by all, unwritten on
+  // all, or else notYet.
+  std::vector<MemberServer::Standing> await(const std::vector<Change>& changes);
 
   // Waits until a member has followed the change or refused it, 5 s at most, and tells which.
   MemberServer::Standing judge(const Change& change);

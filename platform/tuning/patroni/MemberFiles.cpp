@@ -49,6 +49,13 @@ const MemberFiles::Entry* MemberFiles::byPatroni(std::string_view settingName) c
   return found == entries_.rend() ? nullptr : &*found;
 }
 
+const MemberFiles::Entry* MemberFiles::lastOf(std::string_view settingName) const {
+  const auto found = std::find_if(entries_.rbegin(), entries_.rend(), [&](const Entry& entry) {
+    return isSameIgnoringCase(entry.name, settingName);
+  });
+  return found == entries_.rend() ? nullptr : &*found;
+}
+
 bool MemberFiles::isOverridden(std::string_view settingName) const {
   return std::ranges::any_of(entries_, [&](const Entry& entry) {
     return entry.overriding && isSameIgnoringCase(entry.name, settingName);

@@ -29,6 +29,8 @@ class MemberFiles {
   };
   // Null when the file does not name the setting.
   const Entry* byPatroni(std::string_view settingName) const;
+  // Of all files the entry that counts; null when none names the setting.
+  const Entry* lastOf(std::string_view settingName) const;
   bool isOverridden(std::string_view settingName) const;
 
  private:

@@ -14,12 +14,10 @@ using postgresql::Result;
 using postgresql::Setting;
 using postgresql::Snapshot;
 
-constexpr char kWaitingQuery[] = "SELECT name FROM pg_catalog.pg_settings WHERE pending_restart";
-
 // Everything is named with its schema: a role's search_path could put something else before it.
-constexpr char kStandingQuery[] =
-    "SELECT name, reset_val, source, pending_restart FROM pg_catalog.pg_settings"
-    " WHERE name OPERATOR(pg_catalog.=) ANY (ARRAY[";
+constexpr char kQuery[] =
+    "SELECT name, reset_val, source, pending_restart FROM pg_catalog.pg_settings";
+constexpr char kOfThese[] = " WHERE name OPERATOR(pg_catalog.=) ANY (ARRAY[";
 
 enum Column : int { kName, kConfigured, kSource, kPendingRestart };
 
@@ -30,6 +28,11 @@ bool means(std::string_view text, const std::string& wanted, const Setting& sett
 bool isWanted(std::string_view text, const Change& change) {
   return means(text, change.value.shown(), *change.setting) ||
          (!change.asTold.empty() && text == change.asTold);
+}
+
+// A session may keep the encoding that it began with.
+bool isOfSession(const Setting& setting, std::string_view source) {
+  return setting.name == "client_encoding" || Snapshot::isOfSession(source);
 }
 
 // A setting that this server does not have stands in no row.
@@ -45,10 +48,11 @@ MemberServer::Standing standing(const Change& change, const Result& rows,
   const Setting& setting = *change.setting;
   const int row = rowOf(rows, setting.name);
   if (row == rows.rows()) return notYet;
-  const bool ofSession = Snapshot::isOfSession(rows.text(row, kSource));
+  const bool ofSession = isOfSession(setting, rows.text(row, kSource));
   if (!ofSession && isWanted(rows.text(row, kConfigured), change)) return followed;
   const MemberFiles::Entry* const written = files.byPatroni(setting.name);
-  if (!written || !isWanted(written->text, change)) return notYet;
+  if (!written) return unwritten;
+  if (!isWanted(written->text, change)) return notYet;
   // A server tells no error of its own from a value that waits for a restart but by this.
   if (setting.needsRestart && rows.flag(row, kPendingRestart)) return followed;
   if (written->failed) return refused;
@@ -81,10 +85,8 @@ bool MemberServer::look(Deadline deadline) {
   if (!connect()) return false;
   try {
     files_ = MemberFiles::read(*connection_, deadline);
-    const auto rows = files_ ? connection_->queryUntil(kWaitingQuery, deadline) : std::nullopt;
-    waiting_.clear();
-    for (int row = 0; rows && row < rows->rows(); ++row) waiting_.emplace_back(rows->text(row, 0));
-    if (rows) return true;
+    values_ = files_ ? connection_->queryUntil(kQuery, deadline) : std::nullopt;
+    if (values_) return true;
   } catch (const TuningError& error) {
     if (error.status() != TN_CONNECTION_LOST) throw;
   }
@@ -92,20 +94,39 @@ bool MemberServer::look(Deadline deadline) {
   return false;
 }
 
-// What waits for a restart may stand in the file from before the cluster's configuration was
-// changed back: Patroni writes the file only when what runs would change.
+bool MemberServer::has(const Change& change) const {
+  if (!values_) return true;
+  const Setting& setting = *change.setting;
+  const int row = rowOf(*values_, setting.name);
+  if (row == values_->rows()) return false;
+  const MemberFiles::Entry* const written = files_->lastOf(setting.name);
+  const bool fileHasIt = written && isWanted(written->text, change);
+  if (written && written->overriding && !fileHasIt) return false;
+  const bool ofSession = isOfSession(setting, values_->text(row, kSource));
+  if (!ofSession && isWanted(values_->text(row, kConfigured), change)) return true;
+  // The session's own hides the value, or the server tells it in other words, or it waits.
+  if (!written) return ofSession && means(setting.fallback, change.value.shown(), setting);
+  return fileHasIt && (!written->failed || values_->flag(row, kPendingRestart));
+}
+
 TnStatus MemberServer::hindrance(const Setting& setting, const Configuration& configuration) const {
-  if (!files_) return TN_SUCCESS;
-  if (files_->isOverridden(setting.name)) return TN_PATRONI_OVERRIDDEN;
-  const MemberFiles::Entry* const written = files_->byPatroni(setting.name);
-  if (!written || Rules::isOfClusterAlone(setting.name)) return TN_SUCCESS;
-  if (std::ranges::find(waiting_, setting.name) != waiting_.end()) return TN_SUCCESS;
-  const auto stored = configuration.parameter(setting.name);
-  const bool ofCluster =
-      stored &&
-      (written->text == *stored ||
-       means(written->text, Snapshot::shown(*stored, setting).value_or(*stored), setting));
-  return ofCluster ? TN_SUCCESS : TN_PATRONI_SET_BY_MEMBER;
+  if (!values_) return TN_SUCCESS;
+  const int row = rowOf(*values_, setting.name);
+  const bool waits = row != values_->rows() && values_->flag(row, kPendingRestart);
+  return hindrance(*files_, waits, setting, configuration);
+}
+
+// What waits for a restart may stand in the file from before the cluster's configuration was
+// changed back: Patroni writes the file only when what runs would change. Where the configuration
+// names the setting, its Patroni may just be behind.
+TnStatus MemberServer::hindrance(const MemberFiles& files, bool waitsForRestart,
+                                 const Setting& setting, const Configuration& configuration) {
+  if (files.isOverridden(setting.name)) return TN_PATRONI_OVERRIDDEN;
+  const bool ofMember = files.byPatroni(setting.name) && !waitsForRestart &&
+                        !Rules::isOfClusterAlone(setting.name) &&
+                        !configuration.parameter(setting.name);
+  if (ofMember) return TN_PATRONI_SET_BY_MEMBER;
+  return TN_SUCCESS;
 }
 
 std::vector<MemberServer::Standing> MemberServer::standings(const std::vector<Change>& changes,
@@ -126,7 +147,7 @@ std::optional<std::vector<MemberServer::Standing>> MemberServer::ask(
     const std::vector<Change>& changes, Deadline deadline) {
   const auto files = MemberFiles::read(*connection_, deadline);
   if (!files) return std::nullopt;
-  std::string query = kStandingQuery;
+  std::string query = std::string(kQuery) + kOfThese;
   for (const Change& change : changes) {
     if (&change != &changes.front()) query += ", ";
     query += connection_->literal(std::string(change.setting->name));

@@ -13,6 +13,7 @@
 #include "tuning/patroni/MemberFiles.h"
 #include "tuning/postgresql/Connection.h"
 #include "tuning/postgresql/NewValue.h"
+#include "tuning/postgresql/Result.h"
 #include "tuning/postgresql/Setting.h"
 
 namespace tn::patroni {
@@ -21,7 +22,9 @@ namespace tn::patroni {
 struct Change {
   const postgresql::Setting* setting;
   postgresql::NewValue value;
-  std::string asTold;  // as a server tells it, where one was asked
+  std::string asTold;     // as a server tells it, where one was asked
+  http::Json json{};      // what the configuration was given
+  http::Json previous{};  // what it had; null for nothing
 };
 
 class MemberServer {
@@ -31,8 +34,9 @@ class MemberServer {
   // What became of a change here.
   enum class Standing {
     notYet,
-    followed,  // in force, or waiting for a restart
-    refused    // the server cannot use the value
+    unwritten,  // nor does Patroni's file name the setting
+    followed,   // in force, or waiting for a restart
+    refused     // the server cannot use the value
   };
 
   // Connects to nothing yet.
@@ -40,12 +44,18 @@ class MemberServer {
 
   const std::string& name() const { return name_; }
 
-  // Reads the server's files for hindrance(). False when the server cannot be reached. Throws
-  // TN_PATRONI_SOURCES_HIDDEN.
+  // Reads the server's files and values, for has() and hindrance(). False when the server cannot be
+  // reached. Throws TN_PATRONI_SOURCES_HIDDEN.
   bool look(Deadline deadline);
+  // True when the value was in force or waited for a restart when look() was called, and where
+  // nothing is known of the server.
+  bool has(const Change& change) const;
   // Why the server would not follow a change of the setting, as the files were when look() was
-  // called; TN_SUCCESS when it would.
+  // called; TN_SUCCESS when it would, or where only the change can tell.
   TnStatus hindrance(const postgresql::Setting& setting, const Configuration& configuration) const;
+  // The same for any member's files.
+  static TnStatus hindrance(const MemberFiles& files, bool waitsForRestart,
+                            const postgresql::Setting& setting, const Configuration& configuration);
 
   // In the order of the changes. Everything is notYet when the server cannot be reached in time.
   std::vector<Standing> standings(const std::vector<Change>& changes, Deadline deadline);
@@ -60,7 +70,7 @@ class MemberServer {
   std::string password_;
   std::optional<postgresql::Connection> connection_{};
   std::optional<MemberFiles> files_{};
-  std::vector<std::string> waiting_{};  // settings with a change that waits for a restart
+  std::optional<postgresql::Result> values_{};
 };
 
 }  // namespace tn::patroni

@@ -1,12 +1,15 @@
 #include "tuning/patroni/PatroniEngine.h"
 
 #include <algorithm>
+#include <charconv>
 #include <chrono>
+#include <iterator>
 #include <thread>
 #include <utility>
 
 #include "tuning/TuningError.h"
 #include "tuning/patroni/Rules.h"
+#include "tuning/postgresql/KnownSettings.h"
 #include "tuning/postgresql/SettingText.h"
 
 namespace tn::patroni {
@@ -22,6 +25,11 @@ constexpr std::chrono::seconds kPatienceForNewLeader{30};
 constexpr std::chrono::seconds kPatienceForFiles{5};
 constexpr std::chrono::seconds kOutage{10};
 constexpr std::chrono::milliseconds kPause{250};
+
+// Processes of a server that share one limit, and the limit without the launcher of autovacuum.
+constexpr std::string_view kProcesses[] = {"autovacuum_max_workers", "max_connections",
+                                           "max_wal_senders", "max_worker_processes"};
+constexpr int64_t kMostProcesses = 262142;
 
 // What a server says while it becomes the leader, or was it until a moment ago.
 constexpr TnStatus kPassing[] = {TN_SERVER_UNREACHABLE, TN_SERVER_NOT_READY, TN_CONNECTION_LOST,
@@ -39,10 +47,14 @@ std::string joined(const std::string& sentence, const std::string& another) {
   return sentence + (sentence.empty() || another.empty() ? "" : " ") + another;
 }
 
-// A whole number can stand in the configuration as one.
+// A whole number can stand in the configuration as one. Patroni does not read every way to write a
+// fraction.
 http::Json jsonOf(const Setting& setting, const NewValue& value) {
-  if (setting.type != TN_TYPE_INTEGER) return value.text();
-  return std::stoi(value.text());
+  if (setting.type == TN_TYPE_INTEGER) return std::stoi(value.text());
+  const auto number = postgresql::ValueText::real(value.text(), setting.unit);
+  if (!setting.real || !number) return value.text();
+  char digits[32];
+  return std::string(digits, std::to_chars(digits, std::end(digits), *number).ptr);
 }
 
 // A number with a fraction is a text to whoever gives it.
@@ -65,14 +77,26 @@ const Member& Cluster::leader() const {
 
 std::unique_ptr<PatroniEngine> PatroniEngine::open(const char* server, const char* user,
                                                    const char* password) {
-  Cluster cluster{Address::parse(server), nullptr, user, password, {}};
-  cluster.api = std::make_unique<RestApi>(cluster.address);
   const auto deadline = Clock::now() + kPatienceAtFirst;
-  while (!hasLeader(cluster.members = cluster.api->members())) {
-    if (Clock::now() >= deadline) throw TuningError(TN_PATRONI_NO_LEADER);
-    std::this_thread::sleep_for(kPause);
+  for (;; std::this_thread::sleep_for(kPause)) {
+    const bool last = Clock::now() >= deadline;
+    Cluster cluster{Address::parse(server), nullptr, user, password, {}};
+    cluster.api = std::make_unique<RestApi>(cluster.address);
+    cluster.members = cluster.api->members();
+    if (!hasLeader(cluster.members)) {
+      if (last) throw TuningError(TN_PATRONI_NO_LEADER);
+      continue;
+    }
+    // One that has died is told as the leader until its time is over.
+    try {
+      return std::make_unique<PatroniEngine>(std::move(cluster));
+    } catch (const TuningError& error) {
+      // The cluster has named host and port: what libpq does not understand is one of the options.
+      if (error.status() == TN_SERVER_ADDRESS_INVALID)
+        throw TuningError(TN_PATRONI_ADDRESS_INVALID);
+      if (last || !isPassing(error)) throw;
+    }
   }
-  return std::make_unique<PatroniEngine>(std::move(cluster));
 }
 
 PatroniEngine::PatroniEngine(Cluster cluster)
@@ -158,19 +182,30 @@ void PatroniEngine::findLeader() {
 }
 
 void PatroniEngine::store(Setting& setting, const NewValue& value) {
-  if (isCurrent(setting, value.shown())) return;
+  if (isCurrent(setting, value)) return;
   checkChangeable(setting, value);
-  const Change change{&setting, value, askServer(setting, value)};
+  const std::string asTold = askServer(setting, value);
+  const Change change{&setting, value, asTold, jsonOf(setting, value),
+                      configuration().stored(setting.name)};
   write(change);
   setting.written = value.shown();
+  std::erase_if(unfollowed_, [&](const Change& earlier) { return earlier.setting == &setting; });
   unfollowed_.push_back(change);
   stale_ = true;
   if (!std::exchange(begun_, true)) awaitFollowers();
 }
 
+// What a member may have otherwise than the leader, by its role or as its own, the leader decides.
+bool PatroniEngine::isCurrent(const Setting& setting, const NewValue& value) {
+  if (setting.written) return Snapshot::same(*setting.written, value.shown(), setting);
+  if (!isCurrentOnLeader(setting, value.shown())) return false;
+  if (isReadOnly(setting) || Rules::isPatronisOwn(setting.name)) return true;
+  return Rules::isOfSynchronousMode(setting.name, configuration()) ||
+         followers().have({&setting, value, {}});
+}
+
 // True when the value is in force or will be after a restart, and nothing waits to change that.
-bool PatroniEngine::isCurrent(const Setting& setting, const std::string& wanted) {
-  if (setting.written) return Snapshot::same(*setting.written, wanted, setting);
+bool PatroniEngine::isCurrentOnLeader(const Setting& setting, const std::string& wanted) {
   const auto isWanted = [&](std::string_view text) {
     return Snapshot::means(text, wanted, setting);
   };
@@ -204,6 +239,7 @@ void PatroniEngine::checkChangeable(const Setting& setting, const NewValue& valu
   Rules::check(setting, value, configuration());
   if (isReadOnly(setting)) throw TuningError(TN_SETTING_READ_ONLY);
   checkReal(setting, value);
+  checkProcesses(setting, value);
   if (!setting.written) followers().checkHindrance(setting, *cluster_.api, configuration());
 }
 
@@ -230,25 +266,70 @@ std::string PatroniEngine::askServer(const Setting& setting, const NewValue& val
   return ask();
 }
 
-// A text that no session can be asked about is looked at where it has arrived.
-void PatroniEngine::write(const Change& change) {
-  const std::string_view name = change.setting->name;
-  const Configuration before = configuration();
-  configuration_ = cluster_.api->change(before.change(name, jsonOf(*change.setting, change.value)));
-  const bool judged =
-      change.setting->type != TN_TYPE_STRING || change.setting->real || !change.asTold.empty();
-  if (judged) return;
-  const auto standing = followers().judge(change);
-  if (standing == MemberServer::Standing::followed) return;
-  if (standing == MemberServer::Standing::notYet) throw TuningError(TN_PATRONI_NOT_FOLLOWED);
-  configuration_ = cluster_.api->change(before.change(name, before.stored(name)));
-  throw TuningError(TN_VALUE_REFUSED);
+// A server refuses what is too much together with the others. Of a setting that already waits for a
+// restart it does not tell that it does, and of several that wait together it does not know.
+void PatroniEngine::checkProcesses(const Setting& setting, const NewValue& value) {
+  const auto isShared = [&](std::string_view name) { return name == setting.name; };
+  if (std::ranges::none_of(kProcesses, isShared)) return;
+  int64_t all = std::stoi(value.text());
+  for (const std::string_view name : kProcesses) {
+    const auto* const known = postgresql::KnownSettings::find(name);
+    const Setting* const other = known ? snapshot().setting(known->id) : nullptr;
+    if (!other || other == &setting) continue;
+    const auto stored = configuration().parameter(name);
+    const std::string shown =
+        stored ? Snapshot::shown(*stored, *other).value_or(*stored) : other->current;
+    all += postgresql::ValueText::integer(shown, {}).value_or(0);
+  }
+  if (all > kMostProcesses) throw TuningError(TN_VALUE_REFUSED);
 }
 
+// What no session can be asked about is looked at where it has arrived. It does not stay where no
+// server has taken it: a server does not start with a value that it refuses.
+void PatroniEngine::write(const Change& change) {
+  configuration_ = cluster_.api->change(configuration().change(change.setting->name, change.json));
+  if (!change.asTold.empty()) return;
+  const auto standing = followers().judge(change);
+  if (standing == MemberServer::Standing::followed) return;
+  takeOut(change);
+  if (standing == MemberServer::Standing::refused) throw TuningError(TN_VALUE_REFUSED);
+  throw TuningError(TN_PATRONI_NOT_TAKEN);
+}
+
+// A server may refuse what another takes.
 void PatroniEngine::awaitFollowers() {
   if (unfollowed_.empty()) return;
-  if (!followers().await(std::exchange(unfollowed_, {})))
-    throw TuningError(TN_PATRONI_NOT_FOLLOWED);
+  const auto changes = std::exchange(unfollowed_, {});
+  const auto standings = followers().await(changes);
+  TnStatus status = TN_SUCCESS;
+  for (size_t i = 0; i < changes.size(); ++i) {
+    if (standings[i] == MemberServer::Standing::followed) continue;
+    if (standings[i] == MemberServer::Standing::notYet) {
+      if (status == TN_SUCCESS) status = TN_PATRONI_NOT_FOLLOWED;
+      continue;
+    }
+    takeOut(changes[i]);
+    const bool refused = standings[i] == MemberServer::Standing::refused;
+    if (refused) {
+      status = TN_VALUE_REFUSED;
+    } else if (status != TN_VALUE_REFUSED) {
+      status = TN_PATRONI_NOT_TAKEN;
+    }
+  }
+  if (status != TN_SUCCESS) throw TuningError(status);
+}
+
+// Gives the setting back what it had, unless it has been changed again.
+void PatroniEngine::takeOut(const Change& change) {
+  const std::string_view name = change.setting->name;
+  snapshot().setting(change.setting->id)->written.reset();
+  try {
+    configuration_ = cluster_.api->configuration();
+    if (configuration_->stored(name) != change.json) return;
+    configuration_ = cluster_.api->change(configuration_->change(name, change.previous));
+  } catch (const TuningError&) {
+    throw TuningError(TN_PATRONI_OUTCOME_UNKNOWN);
+  }
 }
 
 std::string PatroniEngine::description(int32_t settingId) {
@@ -258,11 +339,17 @@ std::string PatroniEngine::description(int32_t settingId) {
   return postgresql::SettingText::of(*setting, origin(*setting));
 }
 
-// Where the value comes from, unless that is the plain case: the default, or what the server was
-// configured with before it was the cluster's.
+// Where the value comes from,
+// unless that is the plain case:
+// the default, or what the server
+// was configured with before it was
+// the cluster's.
 std::string PatroniEngine::origin(const Setting& setting) {
   if (Rules::isPatronisOwn(setting.name)) return "Patroni sets it on every member.";
   if (isConfigurationHidden()) return "The cluster's configuration cannot be read at the moment.";
+  if (Rules::isOfSynchronousMode(setting.name, configuration())) {
+    return "Patroni sets it in synchronous mode.";
+  }
   const auto stored = configuration().parameter(setting.name);
   const std::string waits = setting.changeMayWait ? "A change waits for a restart." : "";
   if (!stored) return joined(hindranceOnLeader(setting), waits);
@@ -285,15 +372,20 @@ bool PatroniEngine::isConfigurationHidden() {
 }
 
 std::string PatroniEngine::hindranceOnLeader(const Setting& setting) {
-  if (Snapshot::same(setting.current, setting.fallback, setting) &&
-      !configuration().parameter(setting.name))
-    return {};
+  const bool stored = configuration().parameter(setting.name).has_value();
+  if (!stored && Snapshot::same(setting.current, setting.fallback, setting)) return {};
   const auto& files = leadersFiles();
   if (!files) return {};
-  if (files->isOverridden(setting.name)) return "Overridden on the leader by postgresql.auto.conf.";
-  const bool byMember = files->byPatroni(setting.name) && !Rules::isOfClusterAlone(setting.name) &&
-                        !setting.changeMayWait;
-  return byMember ? "Overridden on the leader by the member's own configuration." : "";
+  const TnStatus status =
+      MemberServer::hindrance(*files, setting.changeMayWait, setting, configuration());
+  if (status == TN_PATRONI_OVERRIDDEN) return "Overridden on the leader by postgresql.auto.conf.";
+  const MemberFiles::Entry* const written = files->byPatroni(setting.name);
+  if (stored && written && written->failed) return "The leader's server refuses it.";
+  if (stored || status == TN_PATRONI_SET_BY_MEMBER) {
+    return "Overridden on the leader by the member's own configuration, or its Patroni does not "
+           "follow.";
+  }
+  return {};
 }
 
 }  // namespace tn::patroni

@@ -1,7 +1,8 @@
 // The engine of a whole PostgreSQL cluster that Patroni runs. Reads come from a snapshot of the
 // leader's settings; changes go into the cluster's configuration, from where every member's Patroni
 // takes them. Since Patroni itself checks next to nothing, what it or a server would leave out is
-// refused here, before it is stored or, where only a server can tell, by taking it out again.
+// refused here, before it is stored or, where only a server can tell, by taking it out again: what
+// needs a restart too, as far as a server tells before it.
 //
 // A change is stored at once. The first one of a run is followed by every running member before it
 // is done, in 5 s at most; later ones are waited for together when the engine is left or a value is
@@ -43,7 +44,7 @@ struct Cluster {
 
 class PatroniEngine final : public postgresql::PostgresReader {
  public:
-  // Waits for a leader, 10 s at most.
+  // Waits for a leader that lets us in, 10 s at most.
   static std::unique_ptr<PatroniEngine> open(const char* server, const char* user,
                                              const char* password);
 
@@ -56,13 +57,16 @@ class PatroniEngine final : public postgresql::PostgresReader {
   std::string description(int32_t settingId) override;
 
  private:
-  bool isCurrent(const postgresql::Setting& setting, const std::string& wanted);
+  bool isCurrent(const postgresql::Setting& setting, const postgresql::NewValue& value);
+  bool isCurrentOnLeader(const postgresql::Setting& setting, const std::string& wanted);
   bool runsAs(const std::string& stored, const postgresql::Setting& setting);
   std::string_view textByPatroni(const postgresql::Setting& setting);
   void checkChangeable(const postgresql::Setting& setting, const postgresql::NewValue& value);
   std::string askServer(const postgresql::Setting& setting, const postgresql::NewValue& value);
+  void checkProcesses(const postgresql::Setting& setting, const postgresql::NewValue& value);
   void write(const Change& change);
   void awaitFollowers();
+  void takeOut(const Change& change);
   void goToLeader();
   void findLeader();
   Configuration& configuration();

@@ -61,6 +61,9 @@ std::string endpointIn(const std::string& url) {
   return host == std::string::npos ? "" : url.substr(0, url.find('/', host + 3));
 }
 
+// The request may be carried out yet.
+bool isOpen(Failure failure) { return failure == Failure::timeout || failure == Failure::cut; }
+
 Member memberOf(const Json& entry) {
   const std::string role = http::textMember(entry, "role");
   const std::string state = http::textMember(entry, "state");
@@ -68,7 +71,9 @@ Member memberOf(const Json& entry) {
   Member member;
   member.name = http::textMember(entry, "name");
   member.host = http::textMember(entry, "host");
-  member.port = port.is_number_integer() ? port.get<int>() : 5432;
+  const int64_t number = port.is_number_integer() ? port.get<int64_t>() : 5432;
+  if (number < 1 || number > 65535) throw TuningError(TN_PATRONI_FOREIGN);
+  member.port = static_cast<int>(number);
   member.endpoint = endpointIn(http::textMember(entry, "api_url"));
   member.leader = role == "leader" || role == "standby_leader";
   member.running = std::ranges::find(kRunningStates, state) != std::end(kRunningStates);
@@ -136,11 +141,11 @@ TnStatus RestApi::whyNoAnswer(bool changing) {
 }
 
 Json RestApi::read(const char* path) {
-  const Reply reply = ask({http::Method::get, path, {}, {}, true}, Clock::now() + kPatience);
+  Reply reply = ask({http::Method::get, path, {}, {}, true}, Clock::now() + kPatience);
   TnStatus status = statusOf(reply);
   if (status == TN_PATRONI_STORE_DOWN) status = whyNoAnswer(false);
   if (status != TN_SUCCESS) throw TuningError(status);
-  return reply.json;
+  return std::move(reply.json);
 }
 
 Members RestApi::members() {
@@ -170,17 +175,31 @@ Configuration RestApi::change(const Json& change) {
   // Bytes that are no text were replaced.
   if (http::parseJson(body) != change) throw TuningError(TN_VALUE_REFUSED);
 
-  // Twice is as good as once: a value is given, whatever was there.
-  const http::Request request{http::Method::patch, "/config", body, {}, true};
+  // Never sent twice: a member that was given up may carry it out later, over somebody else's newer
+  // value.
+  const http::Request request{http::Method::patch, "/config", body};
   const auto deadline = Clock::now() + kPatience;
   TnStatus status = TN_PATRONI_CONFLICT;
   while (status == TN_PATRONI_CONFLICT && Clock::now() < deadline) {
     const Reply reply = ask(request, deadline);
     status = statusOf(reply);
     if (status == TN_SUCCESS) return Configuration(reply.json);
+    if (isOpen(reply.answer.failure)) return configurationWith(change);
     if (status == TN_PATRONI_CONFLICT) std::this_thread::sleep_for(kPause);
   }
   giveUp(status == TN_PATRONI_STORE_DOWN ? whyNoAnswer(true) : status);
+}
+
+// What became of a change to which no answer came. Where members answer, the next change need not
+// fail at once.
+Configuration RestApi::configurationWith(const Json& change) {
+  Reply reply =
+      ask({http::Method::get, "/config", {}, {}, true}, Clock::now() + kPatienceForSignOfLife);
+  if (statusOf(reply) != TN_SUCCESS) giveUp(whyNoAnswer(true));
+  Json changed = reply.json;
+  changed.merge_patch(change);
+  if (changed != reply.json) throw TuningError(TN_PATRONI_OUTCOME_UNKNOWN);
+  return Configuration(std::move(changed));
 }
 
 void RestApi::failAtOnceDuringOutage() const {

@@ -45,6 +45,7 @@ class RestApi {
   http::Json read(const char* path);
   TnStatus statusOf(const Reply& reply);
   TnStatus whyNoAnswer(bool changing);
+  Configuration configurationWith(const http::Json& change);
   void failAtOnceDuringOutage() const;
   [[noreturn]] void giveUp(TnStatus status);
 

@@ -67,6 +67,10 @@ bool holds(const List& list, std::string_view name) {
 
 bool Rules::isPatronisOwn(std::string_view settingName) { return holds(kOwn, settingName); }
 
+bool Rules::isOfSynchronousMode(std::string_view settingName, const Configuration& configuration) {
+  return settingName == kSynchronous && configuration.isSynchronous();
+}
+
 bool Rules::isOfClusterAlone(std::string_view settingName) {
   return holds(kOfClusterAlone, settingName) ||
          std::ranges::find(kMinima, settingName, &Minimum::name) != std::end(kMinima);
@@ -76,9 +80,7 @@ void Rules::check(const postgresql::Setting& setting, const postgresql::NewValue
                   const Configuration& configuration) {
   if (isPatronisOwn(setting.name)) throw TuningError(TN_PATRONI_SETS_IT);
   if (holds(kOfTransactions, setting.name)) throw TuningError(TN_SETTING_READ_ONLY);
-  if (setting.name == kSynchronous && configuration.isSynchronous()) {
-    throw TuningError(TN_PATRONI_SYNCHRONOUS);
-  }
+  if (isOfSynchronousMode(setting.name, configuration)) throw TuningError(TN_PATRONI_SYNCHRONOUS);
   if (setting.name == "wal_level" && value.shown() == "minimal") {
     throw TuningError(TN_PATRONI_WAL_LEVEL);
   }
