@@ -92,8 +92,9 @@ std::unique_ptr<PatroniEngine> PatroniEngine::open(const char* server, const cha
       return std::make_unique<PatroniEngine>(std::move(cluster));
     } catch (const TuningError& error) {
       // The cluster has named host and port: what libpq does not understand is one of the options.
-      if (error.status() == TN_SERVER_ADDRESS_INVALID)
+      if (error.status() == TN_SERVER_ADDRESS_INVALID) {
         throw TuningError(TN_PATRONI_ADDRESS_INVALID);
+      }
       if (last || !isPassing(error)) throw;
     }
   }
@@ -339,11 +340,8 @@ std::string PatroniEngine::description(int32_t settingId) {
   return postgresql::SettingText::of(*setting, origin(*setting));
 }
 
-// Where the value comes from,
-// unless that is the plain case:
-// the default, or what the server
-// was configured with before it was
-// the cluster's.
+// Where the value comes from, unless that is the plain case: the default, or what the server was
+// configured with before it was the cluster's.
 std::string PatroniEngine::origin(const Setting& setting) {
   if (Rules::isPatronisOwn(setting.name)) return "Patroni sets it on every member.";
   if (isConfigurationHidden()) return "The cluster's configuration cannot be read at the moment.";
