@@ -25,8 +25,6 @@ void await(const Condition& holds, const char* what) {
   }
 }
 
-std::string local(int port) { return "127.0.0.1:" + std::to_string(port); }
-
 }  // namespace
 
 std::string PatroniCluster::obstacle() {
