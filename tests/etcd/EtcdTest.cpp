@@ -173,7 +173,8 @@ TEST_F(Etcd, NeverWritesOverWhatCameAfterALostAnswer) {
       }
       return c.reply;
     });
-    EtcdStore writing(Address::parse("etcd://" + proxy.address() + prefix_, "", ""));
+    const std::string twice = proxy.address() + "," + proxy.address();
+    EtcdStore writing(Address::parse("etcd://" + twice + prefix_, "", ""));
     writing.readAll();
     EXPECT_EQ(c.status, statusOf([&] { writing.write(25, "5"); }));
     EXPECT_EQ(c.value, store().readAll()[25]);

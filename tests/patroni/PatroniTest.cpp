@@ -268,6 +268,7 @@ TEST_F(Patroni, StoresOrNamesEverySettingWhenTheLeaderIsLost) {
     const bool named = holds(told, "etting " + PatroniCluster::id(setting) + " ");
     EXPECT_TRUE(named || parameters().value(setting, 0) == 15) << setting << told << parameters();
   }
+  EXPECT_EQ(15, parameters()[settings.back()]);
   cluster().start(leader);
   cluster().awaitMembers();
 }
