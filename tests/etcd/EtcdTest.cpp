@@ -57,7 +57,7 @@ TEST_F(Etcd, KeepsEveryByteUnderItsDocumentedKey) {
   std::string all;
   for (int byte = 0; byte < 256; ++byte) all += static_cast<char>(byte);
   Values values{{-7, all + all}, {25, "7"}};
-  for (int i = 0; i < 5; ++i) values[i] = all.substr(253U - i, i);
+  for (uint8_t i = 0; i < 5; ++i) values[i] = all.substr(253U - i, i);
   for (const auto& [id, value] : values) writing.write(id, value);
   EXPECT_EQ(values, store().readAll());
 }

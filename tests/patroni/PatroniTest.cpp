@@ -257,7 +257,8 @@ TEST_F(Patroni, StoresOrNamesEverySettingWhenTheLeaderIsLost) {
                           "vacuum_cost_page_miss",   "vacuum_cost_page_dirty",
                           "join_collapse_limit",     "from_collapse_limit"};
   Values values;
-  for (int i = 0; i < 50; ++i) values.emplace_back(settings[i / 5], std::to_string(11 + i % 5));
+  for (std::size_t i = 0; i < 50; ++i)
+    values.emplace_back(settings[i / 5], std::to_string(11 + i % 5));
   std::string told;
   std::thread program([&] { told = import(leader, values); });
   while (!parameters().contains(settings[2])) std::this_thread::yield();
