@@ -3,11 +3,11 @@
 #ifndef KNOB_TESTS_ETCD_CLUSTER_H
 #define KNOB_TESTS_ETCD_CLUSTER_H
 
-#include <csignal>
 #include <map>
 #include <string>
 #include <vector>
 
+#include "http/HttpDouble.h"
 #include "support/Daemon.h"
 #include "support/Process.h"
 #include "support/TempFolder.h"
@@ -16,28 +16,26 @@ class Cluster {
  public:
   // Why there can be no cluster here; empty when there can.
   static std::string obstacle();
-  // The cluster of three that most tests share, started when it is first asked for.
-  static Cluster& shared();
 
-  // `secure`: with TLS, which needs certificate() for each client.
+  // `secure`: with TLS, which asks every client for a certificate().
   explicit Cluster(std::size_t nodes, bool secure = false);
 
   void start(std::size_t node);
   void signal(std::size_t node, int number) const { nodes_[node].server.signal(number); }
   void end(std::size_t node) { nodes_[node].server.end(); }
+  // Until the cluster answers.
+  void await() const { ctl({"--dial-timeout=20s", "--command-timeout=20s", "get", "/"}); }
 
   int port(std::size_t node) const { return nodes_[node].port; }
   // "etcd://HOST:PORT,.../prefix"
   std::string address(const std::string& prefix) const;
-  // Makes NAME.pem and NAME.key, signed by ca.pem, in the folder.
-  void certificate(const std::string& name, const std::string& subject) const;
-  // The variables that give them to a client.
-  std::map<std::string, std::string> clientFiles(const std::string& name) const;
+  using Variables = std::map<std::string, std::string>;
+  // Makes NAME.pem and NAME.key in the folder; what tells a client to use them.
+  Variables certificate(const std::string& name, const std::string& subject) const;
   std::string file(const std::string& name) const { return folder_ / name; }
 
   // The output of etcdctl, which has to succeed.
   std::string ctl(std::vector<std::string> arguments) const;
-  void await() const;  // until the cluster answers
   Process knob(const std::string& prefix, std::vector<std::string> arguments) const;
 
  private:
@@ -47,8 +45,12 @@ class Cluster {
     Daemon server{};
   };
 
-  bool secure_;
+  std::string url(int port) const {
+    return (ownFiles_.empty() ? "http://" : "https://") + local(port);
+  }
+
   TempFolder folder_{};
+  Variables ownFiles_{};  // of the servers, empty without TLS
   std::vector<Node> nodes_{};
 };
 

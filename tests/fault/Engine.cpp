@@ -145,9 +145,9 @@ Engine makeEtcd(const std::string& home) {
 #ifdef KNOB_PATRONI
 // The faults are on the way to the REST API: the servers' addresses come from there.
 Engine makePatroni(const std::string&) {
-  const PatroniCluster& cluster = PatroniCluster::shared();
+  static const PatroniCluster cluster;
   const std::size_t leader = cluster.leader();
-  const auto stored = [&cluster] {
+  const auto stored = [] {
     const auto configuration = cluster.configuration();
     return configuration["postgresql"].value("parameters", nlohmann::json::object());
   };
@@ -160,7 +160,7 @@ Engine makePatroni(const std::string&) {
     return all;
   };
   // Members follow in their own time; the next run would still find what is taken back here.
-  const auto reset = [&cluster, leader] {
+  const auto reset = [leader] {
     cluster.configure(R"({"postgresql":{"parameters":null}})");
     std::string names;
     for (const std::string& name : kNames) names += ",'" + name + "'";
@@ -171,17 +171,19 @@ Engine makePatroni(const std::string&) {
   const auto serverAt = [](int port) {
     return "patroni://postgres@127.0.0.1:" + std::to_string(port) + "/postgres?connect_timeout=2";
   };
+  const std::string api = cluster.endpoint(leader);
+  const int port = std::stoi(api.substr(api.rfind(':') + 1));
   std::vector<std::string> ids;
   for (const std::string& name : kNames) ids.push_back(PatroniCluster::id(name));
   reset();
-  return {serverAt(cluster.port(leader)),
+  return {serverAt(port),
           ids,
           "99",
           [stored] { return stored().dump(); },
           values,
           reset,
           serverAt,
-          cluster.port(leader),
+          port,
           2,
           {{"PATRONI_RESTAPI_USERNAME", "admin"}, {"PATRONI_RESTAPI_PASSWORD", "right"}}};
 }

@@ -7,25 +7,40 @@
 
 namespace {
 
-sockaddr_in loopback(int port) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.sin_port = htons(static_cast<in_port_t>(port));
-  return address;
-}
-
 int bound(int& port) {
   const int opened = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address = loopback(0);
+  sockaddr_in address{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
   socklen_t size = sizeof address;
   auto* const general = reinterpret_cast<sockaddr*>(&address);
-  const bool done = bind(opened, general, size) == 0 && getsockname(opened, general, &size) == 0;
-  port = done ? ntohs(address.sin_port) : 0;
+  bind(opened, general, size);
+  getsockname(opened, general, &size);
+  port = ntohs(address.sin_port);
   return opened;
 }
 
+// As far as its head and Content-Length say; less if the peer ends it.
+std::string readRequest(int connection) {
+  std::string request;
+  char buffer[4096];
+  for (ssize_t size = 0; (size = recv(connection, buffer, sizeof buffer, 0)) > 0;) {
+    request.append(buffer, static_cast<std::size_t>(size));
+    const std::size_t head = request.find("\r\n\r\n");
+    if (head == request.npos) continue;
+    const std::size_t length = request.find("Content-Length: ");
+    const std::size_t body = length < head ? std::stoul(request.substr(length + 16)) : 0;
+    if (request.size() >= head + 4 + body) break;
+  }
+  return request;
+}
+
 }  // namespace
+
+HttpDouble::HttpDouble(Table table)
+    : HttpDouble([rows = std::move(table)](const std::string& request) {
+        return std::ranges::find_if(
+                   rows, [&](const auto& row) { return request.find(row.first) != request.npos; })
+            ->second;
+      }) {}
 
 HttpDouble::HttpDouble(Script script) : script_(std::move(script)), listener_(bound(port_)) {
   listen(listener_, SOMAXCONN);
@@ -48,13 +63,8 @@ HttpDouble::~HttpDouble() {
   }
 }
 
-std::vector<std::string> HttpDouble::requests() const {
-  const std::lock_guard lock(mutex_);
-  return requests_;
-}
-
 void HttpDouble::serve(int connection) {
-  for (std::string request; !(request = readHttpMessage(connection)).empty();) {
+  for (std::string request; !(request = readRequest(connection)).empty();) {
     {
       const std::lock_guard lock(mutex_);
       requests_.push_back(request);
@@ -69,32 +79,6 @@ void HttpDouble::serve(int connection) {
 std::string httpAnswer(int status, const std::string& body, const std::string& headers) {
   return "HTTP/1.1 " + std::to_string(status) + " -\r\n" + headers +
          "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
-}
-
-std::string readHttpMessage(int connection) {
-  std::string message;
-  char buffer[4096];
-  std::size_t wanted = std::string::npos;
-  while (message.size() < wanted) {
-    const ssize_t size = recv(connection, buffer, sizeof buffer, 0);
-    if (size <= 0) break;
-    message.append(buffer, static_cast<std::size_t>(size));
-    const std::size_t head = message.find("\r\n\r\n");
-    if (wanted != std::string::npos || head == std::string::npos) continue;
-    const std::size_t length = message.find("Content-Length: ");
-    wanted = head + 4 + (length < head ? std::stoul(message.substr(length + 16)) : 0);
-  }
-  return message;
-}
-
-int connectTo(int port) {
-  const int opened = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  const sockaddr_in address = loopback(port);
-  if (connect(opened, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
-    return opened;
-  }
-  close(opened);
-  return -1;
 }
 
 int freePort() {

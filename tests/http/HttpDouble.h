@@ -8,7 +8,10 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
+
+inline std::string local(int port) { return "127.0.0.1:" + std::to_string(port); }
 
 struct Reply {
   std::string bytes;   // an answer that is not complete and not closed is one to wait for
@@ -19,12 +22,19 @@ class HttpDouble {
  public:
   // Called with the whole request, from one thread for each connection.
   using Script = std::function<Reply(const std::string& request)>;
+  // The first row whose text the request holds tells the answer; the last one's text is empty.
+  using Table = std::vector<std::pair<std::string, Reply>>;
 
   explicit HttpDouble(Script script);
+  explicit HttpDouble(Table table);
+  explicit HttpDouble(const Reply& always) : HttpDouble(Table{{"", always}}) {}
   ~HttpDouble();
 
-  std::string address() const { return "127.0.0.1:" + std::to_string(port_); }
-  std::vector<std::string> requests() const;
+  std::string address() const { return local(port_); }
+  std::vector<std::string> requests() const {
+    const std::lock_guard lock(mutex_);
+    return requests_;
+  }
 
  private:
   void serve(int connection);
@@ -40,12 +50,6 @@ class HttpDouble {
 
 // A complete answer.
 std::string httpAnswer(int status, const std::string& body, const std::string& headers = "");
-
-// Reads one message of HTTP, as far as its head and Content-Length say; less if the peer ends it.
-std::string readHttpMessage(int connection);
-
-// Opens a connection to a port of 127.0.0.1; -1 when nobody listens there.
-int connectTo(int port);
 
 // A port of 127.0.0.1 that nobody uses at the moment.
 int freePort();

@@ -5,7 +5,6 @@
 #include <thread>
 #include <unistd.h>
 
-#include "http/HttpDouble.h"
 #include "postgresql/Server.h"
 #include "tuning/postgresql/KnownSettings.h"
 
@@ -14,42 +13,32 @@ namespace http = tn::http;
 namespace {
 
 constexpr char kPatroni[] = "/usr/bin/patroni";
-constexpr char kControl[] = "/usr/bin/patronictl";
+constexpr std::chrono::seconds kPatience(60);
 
 template <typename Condition>
-void await(const Condition& holds, const char* what) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+void await(const char* what, const Condition& holds) {
+  const auto deadline = http::Clock::now() + kPatience;
   while (!holds()) {
-    ASSERT_LT(std::chrono::steady_clock::now(), deadline) << what;
+    ASSERT_LT(http::Clock::now(), deadline) << what;
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
   }
 }
 
-std::string local(int port) { return "127.0.0.1:" + std::to_string(port); }
+std::string listening(int port) {
+  return "  listen: " + local(port) + "\n  connect_address: " + local(port) + "\n";
+}
 
 }  // namespace
 
 std::string PatroniCluster::obstacle() {
-  for (const char* const program : {kPatroni, kControl}) {
-    if (access(program, X_OK) != 0) {
-      return std::string("there is no ") + program + " (patroni, python3-etcd)";
-    }
-  }
+  if (access(kPatroni, X_OK) != 0) return "there is no patroni (patroni, python3-etcd)";
   const std::string etcd = Cluster::obstacle();
   return etcd.empty() ? Server::obstacle() : etcd;
 }
 
-PatroniCluster& PatroniCluster::shared() {
-  static PatroniCluster cluster;
-  return cluster;
-}
-
 PatroniCluster::PatroniCluster() {
   std::filesystem::permissions(folder_.path(), std::filesystem::perms{0777});
-  for (std::size_t member = 0; member < kMembers; ++member) {
-    members_.push_back({freePort(), freePort()});
-    configureMember(member);
-  }
+  for (std::size_t member = 0; member < 2; ++member) members_.push_back({freePort(), freePort()});
   start(0);
   leader();
   start(1);
@@ -57,125 +46,84 @@ PatroniCluster::PatroniCluster() {
 }
 
 PatroniCluster::~PatroniCluster() {
-  for (std::size_t member = 0; member < kMembers; ++member) kill(member);
-}
-
-std::string PatroniCluster::file(std::size_t member, const std::string& name) const {
-  return folder_ / ("m" + std::to_string(member) + name);
-}
-
-void PatroniCluster::configureMember(std::size_t member) const {
-  const Node& node = members_[member];
-  const auto addresses = [](int port) {
-    return "  listen: " + local(port) + "\n  connect_address: " + local(port) + "\n";
-  };
-  writeFile(file(member, ".yml"),
-            "scope: knob\nname: m" + std::to_string(member) + "\netcd3:\n  host: " +
-                local(etcd_.port(0)) + "\nrestapi:\n" + addresses(node.apiPort) +
-                "  authentication: {username: admin, password: right}\n"
-                "bootstrap:\n"
-                "  dcs: {ttl: 20, loop_wait: 1, retry_timeout: 3, postgresql: {use_pg_rewind: "
-                "true}}\n"
-                "  initdb: [{encoding: UTF8}, {locale: C.UTF-8}, data-checksums]\n"
-                "  pg_hba: [host all all 127.0.0.1/32 trust, "
-                "host replication all 127.0.0.1/32 trust]\n"
-                "postgresql:\n" +
-                addresses(node.serverPort) + "  data_dir: " + file(member, "") +
-                "\n  pgpass: " + file(member, ".pass") + "\n  bin_dir: " +
-                std::filesystem::path(serverProgram("postgres")).parent_path().string() +
-                "\n  authentication:\n    superuser: {username: postgres, password: x}\n"
-                "    replication: {username: replicator, password: x}\n"
-                "    rewind: {username: rewinder, password: x}\n"
-                "  parameters: {fsync: 'off', unix_socket_directories: ''}\n");
+  for (const std::size_t member : {0U, 1U}) kill(member);
 }
 
 void PatroniCluster::start(std::size_t member) {
-  members_[member].patroni.start(
-      {kPatroni, file(member, ".yml")},
-      {{"PATH", "/usr/bin:/bin"}, {"HOME", folder_.path()}, {"LC_ALL", "C.UTF-8"}}, serverUser(),
-      file(member, ".log"));
+  Member& started = members_[member];
+  const std::filesystem::path server = serverProgram("postgres");
+  const std::string configuration =
+      "scope: knob\nname: m" + std::to_string(member) + "\netcd3: {host: '" + local(etcd_.port(0)) +
+      "'}\nrestapi:\n" + listening(started.apiPort) +
+      "  authentication: {username: admin, password: right}\n"
+      "bootstrap:\n"
+      "  dcs: {ttl: 20, loop_wait: 1, retry_timeout: 3, postgresql: {use_pg_rewind: true}}\n"
+      "  initdb: [{encoding: UTF8}, {locale: C.UTF-8}, data-checksums]\n"
+      "  pg_hba: [host all all 127.0.0.1/32 trust, host replication all 127.0.0.1/32 trust]\n"
+      "postgresql:\n" +
+      listening(started.serverPort) + "  data_dir: " + file(member, "") +
+      "\n  pgpass: " + file(member, ".pass") + "\n  bin_dir: " + server.parent_path().string() +
+      "\n  authentication:\n    superuser: {username: postgres, password: x}\n"
+      "    replication: {username: postgres, password: x}\n"
+      "  parameters: {fsync: 'off', unix_socket_directories: ''}\n";
+  started.patroni.start(
+      {kPatroni},
+      {{"PATH", "/usr/bin:/bin"}, {"LC_ALL", "C.UTF-8"}, {"PATRONI_CONFIGURATION", configuration}},
+      serverUser(), file(member, ".log"));
 }
 
 // The first line of the file of a running server is its process.
-pid_t PatroniCluster::server(std::size_t member) const {
-  const std::string pid = readFile(file(member, "/postmaster.pid"));
-  return pid.empty() ? 0 : std::stoi(pid);
-}
-
 void PatroniCluster::kill(std::size_t member) {
   members_[member].patroni.end();
-  const pid_t process = server(member);
-  if (process <= 0) return;
-  ::kill(process, SIGKILL);
-  await([&] { return ::kill(process, 0) != 0; }, "a server does not end");
+  const std::string pid = readFile(file(member, "/postmaster.pid"));
+  if (pid.empty()) return;
+  ::kill(std::stoi(pid), SIGKILL);
+  await("the end of a server", [&] { return ::kill(std::stoi(pid), 0) != 0; });
 }
 
-http::Answer PatroniCluster::ask(std::size_t member, const http::Request& request) const {
-  http::Client client({endpoint(member)}, {{}, "admin", "right"});
-  return client.send(request, http::Clock::now() + std::chrono::seconds(5));
+std::string PatroniCluster::ask(std::size_t member, const http::Request& request) const {
+  http::Client client({endpoint(member)},
+                      {.user = "admin", .password = "right", .requestTime = kPatience});
+  const http::Answer answer = client.send(request, http::Clock::now() + kPatience);
+  return answer.status == 200 ? answer.body : "";
 }
 
 std::size_t PatroniCluster::leader() const {
-  std::size_t found = kMembers;
-  await(
-      [&] {
-        for (std::size_t member = 0; member < kMembers; ++member) {
-          if (ask(member, {http::Method::get, "/leader"}).status == 200) found = member;
-        }
-        return found != kMembers;
-      },
-      "no leader");
-  return found;
+  std::size_t member = 1;
+  await("a leader", [&] {
+    member = 1 - member;
+    return !ask(member, {http::Method::get, "/leader"}).empty();
+  });
+  return member;
 }
 
 void PatroniCluster::awaitMembers() const {
   const std::string running = "\"running\"";
-  for (std::size_t member = 0; member < kMembers; ++member) {
-    await(
-        [&] {
-          const std::string told = ask(member, {http::Method::get, "/cluster"}).body;
-          return told.find(running) != told.rfind(running);
-        },
-        "a member does not run");
+  for (const std::size_t member : {0U, 1U}) {
+    await("members that run", [&] {
+      const std::string told = ask(member, {http::Method::get, "/cluster"});
+      return told.find(running) != told.rfind(running);
+    });
   }
 }
 
 void PatroniCluster::restart() const {
-  const Outcome restarted = run({kControl, "-c", file(0, ".yml"), "restart", "knob", "--force"});
-  EXPECT_EQ(0, restarted.status) << restarted.out << restarted.err;
+  for (const std::size_t member : {0U, 1U}) {
+    EXPECT_NE("", ask(member, {http::Method::post, "/restart", "{}"}));
+  }
   awaitMembers();
 }
 
-std::string PatroniCluster::address(std::size_t member) const {
-  return "patroni://postgres@" + local(members_[member].apiPort) + "/postgres";
-}
-
-std::string PatroniCluster::endpoint(std::size_t member) const {
-  return "http://" + local(members_[member].apiPort);
-}
-
-Outcome PatroniCluster::run(std::vector<std::string> arguments) const {
-  return Process{std::move(arguments), {{"HOME", folder_.path()}, {"LC_ALL", "C.UTF-8"}}}.run();
-}
-
 std::string PatroniCluster::sql(std::size_t member, const std::string& statement) const {
+  const std::string server = "postgresql://postgres@" + local(members_[member].serverPort);
   const Outcome asked =
-      run({serverProgram("psql"), "-XAtq", "-c", statement,
-           "postgresql://postgres@" + local(members_[member].serverPort) + "/postgres"});
+      Process{{serverProgram("psql"), "-XAtq", "-c", statement, server}, {}}.run();
   EXPECT_EQ(0, asked.status) << statement << asked.err;
   return asked.out.substr(0, asked.out.find_last_not_of('\n') + 1);
 }
 
-std::string PatroniCluster::value(std::size_t member, const std::string& setting) const {
-  return sql(member, "SELECT setting FROM pg_settings WHERE name = '" + setting + "'");
-}
-
-nlohmann::json PatroniCluster::configuration() const {
-  return nlohmann::json::parse(etcd_.ctl({"get", "--print-value-only", "/service/knob/config"}));
-}
-
 void PatroniCluster::configure(const std::string& patch) const {
-  EXPECT_EQ(200, ask(0, {http::Method::patch, "/config", patch}).status) << patch;
+  EXPECT_NE("", ask(0, {http::Method::patch, "/config", patch})) << patch;
 }
 
 Process PatroniCluster::knob(std::size_t member, std::vector<std::string> arguments) const {
@@ -191,8 +139,7 @@ std::string PatroniCluster::id(const std::string& setting) {
 }
 
 Outcome PatroniCluster::set(std::size_t member, const std::string& setting,
-                            const std::vector<std::string>& words) const {
-  std::vector<std::string> arguments{id(setting)};
-  arguments.insert(arguments.end(), words.begin(), words.end());
-  return knob(member, arguments).run();
+                            std::vector<std::string> words) const {
+  words.insert(words.begin(), id(setting));
+  return knob(member, std::move(words)).run();
 }

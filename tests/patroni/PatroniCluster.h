@@ -3,12 +3,12 @@
 #ifndef KNOB_TESTS_PATRONI_PATRONI_CLUSTER_H
 #define KNOB_TESTS_PATRONI_PATRONI_CLUSTER_H
 
-#include <cstdint>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "etcd/Cluster.h"
+#include "http/HttpDouble.h"
 #include "support/Daemon.h"
 #include "support/Process.h"
 #include "support/TempFolder.h"
@@ -16,14 +16,10 @@
 
 class PatroniCluster {
  public:
-  static constexpr std::size_t kMembers = 2;
-
   // Why there can be no cluster here; empty when there can.
   static std::string obstacle();
-  // The one that all tests share, started when it is first asked for. The API wants the login
-  // admin, "right" for changes.
-  static PatroniCluster& shared();
 
+  // The API wants the login admin, "right" for changes.
   PatroniCluster();
   ~PatroniCluster();
 
@@ -35,36 +31,42 @@ class PatroniCluster {
   void awaitMembers() const;      // until both run
   void restart() const;           // both servers, through Patroni
 
-  int port(std::size_t member) const { return members_[member].apiPort; }
-  std::string address(std::size_t member) const;   // "patroni://..."
-  std::string endpoint(std::size_t member) const;  // "http://..."
+  std::string address(std::size_t member) const {
+    return "patroni://postgres@" + local(members_[member].apiPort) + "/postgres";
+  }
+  std::string endpoint(std::size_t member) const {  // of the API
+    return "http://" + local(members_[member].apiPort);
+  }
   std::string sql(std::size_t member, const std::string& statement) const;
-  std::string value(std::size_t member, const std::string& setting) const;
+  std::string value(std::size_t member, const std::string& setting) const {
+    return sql(member, "SELECT setting FROM pg_settings WHERE name = '" + setting + "'");
+  }
   // The cluster's configuration as it stands in etcd.
-  nlohmann::json configuration() const;
+  nlohmann::json configuration() const {
+    return nlohmann::json::parse(etcd_.ctl({"get", "--print-value-only", "/service/knob/config"}));
+  }
   void configure(const std::string& patch) const;
 
   // knob on one member's address.
   Process knob(std::size_t member, std::vector<std::string> arguments) const;
   static std::string id(const std::string& setting);
-  Outcome set(std::size_t member, const std::string& setting,
-              const std::vector<std::string>& words) const;
+  Outcome set(std::size_t member, const std::string& setting, std::vector<std::string> words) const;
 
  private:
-  struct Node {
+  struct Member {
     int serverPort;
     int apiPort;
     Daemon patroni{};
   };
-  std::string file(std::size_t member, const std::string& name) const;
-  void configureMember(std::size_t member) const;
-  tn::http::Answer ask(std::size_t member, const tn::http::Request& request) const;
-  Outcome run(std::vector<std::string> arguments) const;
-  pid_t server(std::size_t member) const;
+  std::string file(std::size_t member, const std::string& name) const {
+    return folder_ / ("m" + std::to_string(member) + name);
+  }
+  // The answer of its Patroni; empty for a request that failed.
+  std::string ask(std::size_t member, const tn::http::Request& request) const;
 
   TempFolder folder_{};
   Cluster etcd_{1};
-  std::vector<Node> members_{};
+  std::vector<Member> members_{};
 };
 
 #endif

@@ -3,14 +3,17 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <csignal>
 #include <gtest/gtest.h>
-#include <set>
+#include <map>
+#include <regex>
+#include <sstream>
 #include <thread>
+#include <tuple>
 
 #include "http/HttpDouble.h"
 #include "patroni/PatroniCluster.h"
 #include "support/StatusOf.h"
-#include "tuning/patroni/Address.h"
 #include "tuning/patroni/PatroniEngine.h"
 #include "tuning/patroni/RestApi.h"
 
@@ -19,6 +22,7 @@ namespace {
 using tn::patroni::Address;
 using tn::patroni::PatroniEngine;
 using tn::patroni::RestApi;
+using Clock = std::chrono::steady_clock;
 using Words = std::vector<std::string>;
 
 TEST(PatroniAddress, LeavesTheServersToTheCluster) {
@@ -30,90 +34,64 @@ TEST(PatroniAddress, LeavesTheServersToTheCluster) {
       "target_session_attrs=any",
       address.serverUri("fe80::1", 5));
   EXPECT_EQ(Words{"https://one:8008"}, Address::parse("patronis://one").endpoints);
-  for (std::string const wrong :
-       {"", "one:0", "one:x", "one,", "me@", "a b", "one/db?host=two", "one?x=1&hos%74addr=two",
-        "one?port=1", "one?target_session_attrs=any", "one?a%zz=1"}) {
+  for (const std::string wrong : {"", "one,", "me@", "one/db?host=two", "one?x=1&hos%74addr=two",
+                                  "one?port=1", "one?target_session_attrs=any", "one?a%zz=1"}) {
     EXPECT_EQ(TN_PATRONI_ADDRESS_INVALID, statusOf([&] { Address::parse("patroni://" + wrong); }))
         << wrong;
   }
 }
 
-// What comes of reading and of changing where a member answers requests for one path in one way and
-// all others as a Patroni does.
-struct Trouble {
-  std::string path;
-  Reply reply;
-  TnStatus reading;
-  TnStatus changing;
-};
-
-// Copying it level by level would exhaust the stack.
-std::string nested(const std::string& before) {
-  return before + std::string(1000000, '[') + std::string(1000000, ']') + '}';
+// A member that answers requests that hold a text in one way and all others as a Patroni does.
+HttpDouble::Table troubled(const std::string& request, const Reply& reply) {
+  return {{request, reply},
+          {" /patroni ", {httpAnswer(200, R"({"state":"running","patroni":{"version":"3.0.2"}})")}},
+          {" /cluster ", {httpAnswer(200, R"({"members":[]})")}},
+          {"", {httpAnswer(200, "{}")}}};
 }
 
-const char kSignOfLife[] = R"({"state":"running","patroni":{"version":"3.0.2"}})";
-
-HttpDouble::Script troubled(const Trouble& trouble) {
-  return [trouble](const std::string& request) -> Reply {
-    if (request.find(trouble.path) != request.npos) return trouble.reply;
-    if (request.find(" /patroni ") != request.npos) return {httpAnswer(200, kSignOfLife)};
-    return {
-        httpAnswer(200, request.find(" /cluster ") != request.npos ? R"({"members":[]})" : "{}")};
-  };
-}
+RestApi apiOf(const std::string& hosts) { return RestApi(Address::parse("patroni://" + hosts)); }
 
 TEST(PatroniApi, TellsFailuresApart) {
-  const std::string endless = "HTTP/1.1 200 -\r\nContent-Length: 52428800\r\n\r\n";
-  const Trouble troubles[] = {
-      {"PATCH", {httpAnswer(401, "no auth header received")}, TN_SUCCESS, TN_PATRONI_LOGIN_NEEDED},
-      {"PATCH", {httpAnswer(401, "not authenticated")}, TN_SUCCESS, TN_PATRONI_LOGIN_REFUSED},
-      {"PATCH", {httpAnswer(403, "Access is denied")}, TN_SUCCESS, TN_PATRONI_NOT_PERMITTED},
-      {"PATCH",
-       {httpAnswer(403, "client certificate required")},
-       TN_SUCCESS,
-       TN_PATRONI_TLS_REFUSED},
-      {"PATCH", {httpAnswer(503, "")}, TN_SUCCESS, TN_PATRONI_STORE_DOWN},
-      {"PATCH", {"", true}, TN_SUCCESS, TN_PATRONI_OUTCOME_UNKNOWN},
-      {"GET /cl", {httpAnswer(500, "")}, TN_PATRONI_STORE_DOWN, TN_SUCCESS},
-      {"GET /cl",
-       {"HTTP/1.1 200 -\r\nContent-Length: 9\r\n\r\n{", true},
-       TN_PATRONI_STORE_DOWN,
-       TN_SUCCESS},
-      {"GET /co", {httpAnswer(502, "")}, TN_PATRONI_CONFIG_NOT_READABLE, TN_SUCCESS},
-      {" /", {httpAnswer(500, "")}, TN_PATRONI_FOREIGN, TN_PATRONI_OUTCOME_UNKNOWN},
-      {" /",
-       {httpAnswer(302, "", "Location: http://127.0.0.1:1/\r\n")},
-       TN_PATRONI_FOREIGN,
-       TN_PATRONI_FOREIGN},
-      {" /", {"", true}, TN_PATRONI_FOREIGN, TN_PATRONI_OUTCOME_UNKNOWN},
-      {" /", {httpAnswer(200, "<html>")}, TN_PATRONI_FOREIGN, TN_PATRONI_FOREIGN},
-      {" /", {httpAnswer(200, "[1]")}, TN_PATRONI_FOREIGN, TN_PATRONI_FOREIGN},
-      {" /", {endless + std::string(1 << 20, ' ')}, TN_PATRONI_FOREIGN, TN_PATRONI_FOREIGN},
-      {" /cluster", {httpAnswer(200, "{}")}, TN_PATRONI_FOREIGN, TN_SUCCESS},
-      {" /cluster", {httpAnswer(200, R"({"members":[{"port":-1}]})")}, TN_PATRONI_FOREIGN, 0},
-      {" /cluster", {httpAnswer(200, nested(R"({"members":)"))}, TN_PATRONI_FOREIGN, TN_SUCCESS},
-      {"GET /config", {httpAnswer(200, nested(R"({"a":)"))}, TN_PATRONI_FOREIGN, TN_SUCCESS},
+  // Copying it level by level would exhaust the stack.
+  const std::string nested = std::string(1000000, '[') + std::string(1000000, ']') + '}';
+  // What is asked, how it is answered (0: the connection ends instead), what comes of reading and
+  // of changing the configuration.
+  const std::tuple<std::string, int, std::string, TnStatus, TnStatus> troubles[] = {
+      {"PATCH", 401, "no auth header received", TN_SUCCESS, TN_PATRONI_LOGIN_NEEDED},
+      {"PATCH", 401, "not authenticated", TN_SUCCESS, TN_PATRONI_LOGIN_REFUSED},
+      {"PATCH", 403, "Access is denied", TN_SUCCESS, TN_PATRONI_NOT_PERMITTED},
+      {"PATCH", 403, "client certificate required", TN_SUCCESS, TN_PATRONI_TLS_REFUSED},
+      {"PATCH", 503, "", TN_SUCCESS, TN_PATRONI_STORE_DOWN},
+      {"PATCH", 0, "", TN_SUCCESS, TN_PATRONI_OUTCOME_UNKNOWN},
+      {"GET /cl", 500, "", TN_PATRONI_STORE_DOWN, TN_SUCCESS},
+      {"GET /cl", 200, "{}", TN_PATRONI_FOREIGN, TN_SUCCESS},
+      {"GET /cl", 200, R"({"members":[{"port":-1}]})", TN_PATRONI_FOREIGN, TN_SUCCESS},
+      {"GET /cl", 200, R"({"members":)" + nested, TN_PATRONI_FOREIGN, TN_SUCCESS},
+      {"GET /co", 200, R"({"a":)" + nested, TN_PATRONI_FOREIGN, TN_SUCCESS},
+      {"GET /co", 502, "", TN_PATRONI_CONFIG_NOT_READABLE, TN_SUCCESS},
+      {" /", 500, "", TN_PATRONI_FOREIGN, TN_PATRONI_OUTCOME_UNKNOWN},
+      {" /", 302, "", TN_PATRONI_FOREIGN, TN_PATRONI_FOREIGN},
+      {" /", 0, "", TN_PATRONI_FOREIGN, TN_PATRONI_OUTCOME_UNKNOWN},
+      {" /", 200, "[1]", TN_PATRONI_FOREIGN, TN_PATRONI_FOREIGN},
+      {" /", 200, std::string(5 << 20, ' '), TN_PATRONI_FOREIGN, TN_PATRONI_FOREIGN},
   };
-  for (const Trouble& trouble : troubles) {
-    SCOPED_TRACE(trouble.path + trouble.reply.bytes.substr(0, 80));
-    const HttpDouble member(troubled(trouble));
-    const Address address = Address::parse("patroni://" + member.address());
-    RestApi api(address);
-    EXPECT_EQ(trouble.reading, statusOf([&] { api.members(), api.configuration(); }));
-    EXPECT_EQ(trouble.changing, statusOf([&] { RestApi(address).change({{"a", 1}}); }));
+  for (const auto& [request, code, body, reading, changing] : troubles) {
+    SCOPED_TRACE(request + std::to_string(code) + body.substr(0, 80));
+    const Reply reply = code == 0 ? Reply{"", true} : Reply{httpAnswer(code, body)};
+    const HttpDouble member(troubled(request, reply));
+    RestApi api = apiOf(member.address());
+    EXPECT_EQ(reading, statusOf([&] { api.members(), api.configuration(); }));
+    EXPECT_EQ(changing, statusOf([&] { apiOf(member.address()).change({{"a", 1}}); }));
   }
-  const std::string nobody = "127.0.0.1:" + std::to_string(freePort());
-  EXPECT_EQ(TN_PATRONI_UNREACHABLE,
-            statusOf([&] { RestApi(Address::parse("patroni://" + nobody)).members(); }));
+  EXPECT_EQ(TN_PATRONI_UNREACHABLE, statusOf([] { apiOf(local(freePort())).members(); }));
 }
 
 TEST(PatroniApi, TriesAgainWhileOthersChangeTheConfigurationAndElsewhereWhenOneMemberFails) {
   std::atomic<int> conflicts = 3;
   const HttpDouble member(
       [&](const std::string&) -> Reply { return {httpAnswer(conflicts-- > 0 ? 409 : 200, "{}")}; });
-  const HttpDouble cutOff([](const std::string&) -> Reply { return {httpAnswer(503, "")}; });
-  RestApi api(Address::parse("patroni://" + cutOff.address() + "," + member.address()));
+  const HttpDouble cutOff(Reply{httpAnswer(503, "")});
+  RestApi api = apiOf(cutOff.address() + "," + member.address());
   api.change({{"a", 1}});
   EXPECT_EQ(4, member.requests().size());
   EXPECT_EQ(1, cutOff.requests().size());
@@ -121,15 +99,26 @@ TEST(PatroniApi, TriesAgainWhileOthersChangeTheConfigurationAndElsewhereWhenOneM
 }
 
 TEST(PatroniApi, GivesUpOnAClusterWithoutALeaderOrWithoutAnEndOfConflicts) {
-  const HttpDouble member(troubled({"PATCH", {httpAnswer(409, "")}, 0, 0}));
+  const HttpDouble member(troubled("PATCH", {httpAnswer(409, "")}));
   const std::string address = "patroni://" + member.address();
   std::thread conflicts([&] {
-    EXPECT_EQ(TN_PATRONI_CONFLICT, statusOf([&] {
-                RestApi(Address::parse(address)).change({{"a", 1}});
-              }));
+    EXPECT_EQ(TN_PATRONI_CONFLICT, statusOf([&] { apiOf(member.address()).change({{"a", 1}}); }));
   });
   EXPECT_EQ(TN_PATRONI_NO_LEADER, statusOf([&] { PatroniEngine::open(address.c_str(), "", ""); }));
   conflicts.join();
+}
+
+// Settings by name, with their values.
+using Values = std::vector<std::pair<std::string, std::string>>;
+
+// From "NAME=VALUE; NAME=VALUE".
+Values valuesIn(const std::string& text) {
+  static const std::regex one("(\\w+)=([^;]*)");
+  Values values;
+  for (std::sregex_iterator found(text.begin(), text.end(), one), end; found != end; ++found) {
+    values.emplace_back((*found)[1], (*found)[2]);
+  }
+  return values;
 }
 
 class Patroni : public testing::Test {
@@ -138,174 +127,103 @@ class Patroni : public testing::Test {
     const std::string obstacle = PatroniCluster::obstacle();
     if (!obstacle.empty()) GTEST_SKIP() << obstacle;
   }
-  static PatroniCluster& cluster() { return PatroniCluster::shared(); }
-  static std::string shown(std::size_t member, const std::string& setting) {
-    return cluster().knob(member, {PatroniCluster::id(setting)}).run().out;
+  static PatroniCluster& cluster() {
+    static PatroniCluster cluster;
+    return cluster;
   }
+  static std::string shown(const std::string& setting) { return cluster().set(0, setting, {}).out; }
   static bool holds(const std::string& text, const std::string& part) {
     return text.find(part) != text.npos;
   }
-};
-
-struct Value {
-  std::string setting;
-  std::string word;    // as a settings file has it
-  std::string stored;  // as the servers tell it
-};
-
-std::string settingsFile(const std::vector<Value>& values) {
-  std::string text;
-  for (const auto& [setting, word, stored] : values) {
-    text += "Setting ID: " + PatroniCluster::id(setting) + "\nCurrent Value: " + word + "\n";
+  // What a run that imports the values has to say.
+  static std::string import(std::size_t member, const Values& values) {
+    std::string text;
+    for (const auto& [setting, value] : values) {
+      text += "Setting ID: " + PatroniCluster::id(setting) + "\nCurrent Value: " + value + "\n";
+    }
+    const TempFolder folder;
+    writeFile(folder / "in.txt", text);
+    return cluster().knob(member, {"-I", folder / "in.txt"}).run().err;
   }
-  return text;
-}
-
-TEST_F(Patroni, SetsOnAnyMembersAddressForAll) {
-  const Value values[] = {{"work_mem", "5000", "5000"},
-                          {"DateStyle", "iso,dmy", "ISO, DMY"},
-                          {"log_line_prefix", "a\\'b %m", "a\\'b %m"},
-                          {"log_destination", "stderr,csvlog", "stderr,csvlog"},
-                          {"client_encoding", "LATIN1", "LATIN1"},
-                          {"search_path", "\"$user\", A", "\"$user\", \"A\""}};
-  for (std::size_t i = 0; i < std::size(values); ++i) {
-    const auto& [setting, word, stored] = values[i];
-    const Outcome set = cluster().set(i % 2, setting, {word});
-    EXPECT_EQ(0, set.status) << setting << set.err;
-    for (const std::size_t member : {0U, 1U}) EXPECT_EQ(stored, cluster().value(member, setting));
-    EXPECT_TRUE(holds(shown(0, setting), "Set in the cluster's configuration."))
-        << shown(0, setting);
+  static nlohmann::json parameters() {
+    return cluster().configuration()["postgresql"]["parameters"];
   }
-  EXPECT_EQ("0", cluster().sql(0,
-                               "SELECT count(*) FROM pg_file_settings WHERE sourcefile LIKE "
-                               "'%auto.conf'"));
-}
+};
 
 TEST_F(Patroni, ImportsWhatASingleServerExportsAndTakesItsOwnExportAsNothingNew) {
-  const std::vector<Value> values = {
-      {"work_mem", "4100", "4100"},
-      {"maintenance_work_mem", "70000", "70000"},
-      {"shared_buffers", "8192", "8192"},
-      {"max_connections", "120", "120"},
-      {"max_locks_per_transaction", "70", "70"},
-      {"max_prepared_transactions", "5", "5"},
-      {"max_wal_senders", "12", "12"},
-      {"max_replication_slots", "11", "11"},
-      {"max_worker_processes", "9", "9"},
-      {"wal_keep_size", "160", "160"},
-      {"track_commit_timestamp", "on", "on"},
-      {"wal_level", "2", "logical"},
-      {"archive_mode", "1", "on"},
-      {"huge_pages", "0", "off"},
-      {"autovacuum_max_workers", "4", "4"},
-      {"superuser_reserved_connections", "4", "4"},
-      {"track_activity_query_size", "2048", "2048"},
-      {"wal_buffers", "600", "600"},
-      {"shared_preload_libraries", "auto_explain", "auto_explain"},
-      {"archive_command", "/bin/true  %p", "/bin/true %p"},
-      {"archive_timeout", "3600", "3600"},
-      {"checkpoint_timeout", "600", "600"},
-      {"checkpoint_completion_target", "0.8", "0.8"},
-      {"autovacuum_vacuum_scale_factor", "0.25", "0.25"},
-      {"autovacuum_naptime", "30", "30"},
-      {"log_connections", "on", "on"},
-      {"log_checkpoints", "off", "off"},
-      {"log_lock_waits", "on", "on"},
-      {"log_min_duration_statement", "1000", "1000"},
-      {"log_min_messages", "6", "notice"},
-      {"log_timezone", "Europe/Berlin", "Europe/Berlin"},
-      {"log_filename", "x-%Y.log", "x-%Y.log"},
-      {"random_page_cost", "1.5", "1.5"},
-      {"seq_page_cost", "1.25", "1.25"},
-      {"effective_cache_size", "40000", "40000"},
-      {"enable_hashjoin", "off", "off"},
-      {"default_statistics_target", "200", "200"},
-      {"TimeZone", "Asia/Tokyo", "Asia/Tokyo"},
-      {"statement_timeout", "60000", "60000"},
-      {"application_name", "app \\ 'x'", "app \\ 'x'"},
-  };
-  const TempFolder folder;
-  writeFile(folder / "in.txt", settingsFile(values));
-  const Outcome import = cluster().knob(1, {"-I", folder / "in.txt"}).run();
-  EXPECT_EQ("", import.err);
-  EXPECT_TRUE(holds(shown(0, "max_connections"), "A change waits for a restart."));
+  const Values values = valuesIn(
+      "work_mem=4100; shared_buffers=8192; max_connections=120; max_locks_per_transaction=70; "
+      "max_prepared_transactions=5; max_wal_senders=12; max_replication_slots=11; "
+      "max_worker_processes=9; wal_keep_size=16; track_commit_timestamp=on; wal_level=2; "
+      "archive_mode=1; wal_buffers=600; shared_preload_libraries=auto_explain; "
+      "archive_command=/bin/true  %p; checkpoint_timeout=600; checkpoint_completion_target=0.8; "
+      "log_connections=on; log_checkpoints=off; log_min_messages=6; log_timezone=Europe/Berlin; "
+      "log_filename=x-%Y.log; random_page_cost=1.5; TimeZone=Asia/Tokyo; statement_timeout=60000; "
+      "DateStyle=iso,dmy; log_line_prefix=a\\'b %m; log_destination=stderr,csvlog; "
+      "search_path=\"$user\", A; client_encoding=LATIN1; application_name=app \\ 'x'");
+  std::map<std::string, std::string> told(values.begin(), values.end());
+  for (const auto& [setting, value] :
+       valuesIn("wal_level=logical; archive_mode=on; archive_command=/bin/true %p; "
+                "log_min_messages=notice; DateStyle=ISO, DMY; search_path=\"$user\", \"A\"")) {
+    told[setting] = value;
+  }
+  EXPECT_EQ("", import(1, values));
+  EXPECT_TRUE(holds(shown("max_connections"), "A change waits for a restart."));
   cluster().restart();
-  for (const auto& [setting, word, stored] : values) {
+  for (const auto& [setting, value] : told) {
+    EXPECT_TRUE(holds(shown(setting), "Set in the cluster's configuration.")) << shown(setting);
     if (setting == "application_name") continue;  // a session's own
     for (const std::size_t member : {0U, 1U}) {
-      EXPECT_EQ(stored, cluster().value(member, setting)) << setting;
+      EXPECT_EQ(value, cluster().value(member, setting)) << setting;
     }
   }
+  const char byOthers[] = "SELECT name FROM pg_file_settings WHERE sourcefile LIKE '%auto.conf'";
+  EXPECT_EQ("", cluster().sql(0, byOthers));
 
   const auto before = cluster().configuration();
+  const TempFolder folder;
   EXPECT_EQ(0, cluster().knob(0, {"-O", folder / "out.txt"}).run().status);
-  const std::string empty = "the file has no value for it";
-  const Outcome again = cluster().knob(0, {"-I", folder / "out.txt", "-E"}).run();
-  std::istringstream lines(again.err);
-  for (std::string line; std::getline(lines, line);) EXPECT_TRUE(holds(line, empty)) << line;
+  std::istringstream lines(cluster().knob(0, {"-I", folder / "out.txt", "-E"}).run().err);
+  for (std::string line; std::getline(lines, line);) {
+    EXPECT_TRUE(holds(line, "the file has no value for it")) << line;
+  }
   EXPECT_EQ(before, cluster().configuration());
 }
-
-struct Refusal {
-  std::string setting;
-  std::string value;
-  TnStatus status;
-};
 
 TEST_F(Patroni, RefusesWhatTheClusterWouldIgnore) {
   const std::size_t replica = 1 - cluster().leader();
   cluster().sql(replica, "ALTER SYSTEM SET temp_buffers = 900");
   cluster().configure(R"({"postgresql":{"parameters":{"fsync":"on"}},"synchronous_mode":true})");
-  const Refusal refusals[] = {
-      {"listen_addresses", "*", TN_PATRONI_SETS_IT},
-      {"port", "1", TN_PATRONI_SETS_IT},
-      {"cluster_name", "x", TN_PATRONI_SETS_IT},
-      {"hot_standby", "off", TN_PATRONI_SETS_IT},
-      {"wal_log_hints", "off", TN_PATRONI_SETS_IT},
-      {"hba_file", "/x", TN_PATRONI_SETS_IT},
-      {"data_directory", "/x", TN_PATRONI_SETS_IT},
-      {"primary_conninfo", "x", TN_PATRONI_SETS_IT},
-      {"restore_command", "x", TN_PATRONI_SETS_IT},
-      {"recovery_min_apply_delay", "1", TN_PATRONI_SETS_IT},
-      {"max_connections", "24", TN_PATRONI_BELOW_MINIMUM},
-      {"max_wal_senders", "2", TN_PATRONI_BELOW_MINIMUM},
-      {"max_replication_slots", "3", TN_PATRONI_BELOW_MINIMUM},
-      {"max_worker_processes", "1", TN_PATRONI_BELOW_MINIMUM},
-      {"max_locks_per_transaction", "31", TN_PATRONI_BELOW_MINIMUM},
-      {"wal_keep_size", "15", TN_PATRONI_BELOW_MINIMUM},
-      {"wal_level", "0", TN_PATRONI_WAL_LEVEL},
-      {"synchronous_standby_names", "x", TN_PATRONI_SYNCHRONOUS},
-      {"temp_buffers", "901", TN_PATRONI_OVERRIDDEN},
-      {"temp_buffers", "1024", TN_PATRONI_OVERRIDDEN},  // the leader has it
-      {"fsync", "on", TN_PATRONI_NOT_TAKEN},
-      {"unix_socket_directories", "/tmp", TN_PATRONI_SET_BY_MEMBER},
-      {"server_version", "16", TN_SETTING_READ_ONLY},
-      {"transaction_read_only", "on", TN_SETTING_READ_ONLY},
-      {"external_pid_file", "/x", TN_SETTING_READ_ONLY},
-      {"vacuum_cost_limit", "0", TN_VALUE_OUT_OF_RANGE},
-      {"vacuum_cost_delay", "500", TN_VALUE_OUT_OF_RANGE},
-      {"autovacuum_analyze_scale_factor", "x", TN_VALUE_REFUSED},
-      {"default_text_search_config", "no such", TN_VALUE_REFUSED},
-      {"lc_messages", "nowhere", TN_VALUE_REFUSED},
-      {"syslog_ident", "\xff", TN_VALUE_REFUSED},
-      {"log_directory", "a\nb", TN_CONTROL_CHARACTER},
-      {"log_destination", "nonsense", TN_VALUE_REFUSED},
-      {"max_connections", "262143", TN_VALUE_REFUSED},
-      {"bonjour", "on", TN_VALUE_REFUSED},
+  const std::pair<TnStatus, std::string> refusals[] = {
+      {TN_PATRONI_SETS_IT,
+       "listen_addresses=*; port=1; hot_standby=off; hba_file=/x; primary_conninfo=x"},
+      {TN_PATRONI_BELOW_MINIMUM, "max_connections=24; max_wal_senders=2; wal_keep_size=15"},
+      {TN_PATRONI_WAL_LEVEL, "wal_level=0"},
+      {TN_PATRONI_SYNCHRONOUS, "synchronous_standby_names=x"},
+      {TN_PATRONI_OVERRIDDEN, "temp_buffers=901; temp_buffers=1024"},  // the leader has 1024
+      {TN_PATRONI_NOT_TAKEN, "fsync=on"},
+      {TN_PATRONI_SET_BY_MEMBER, "unix_socket_directories=/tmp"},
+      {TN_SETTING_READ_ONLY, "server_version=16; transaction_read_only=on; external_pid_file=/x"},
+      {TN_VALUE_OUT_OF_RANGE, "vacuum_cost_limit=0; vacuum_cost_delay=500"},
+      {TN_VALUE_REFUSED,
+       "autovacuum_analyze_scale_factor=x; default_text_search_config=no such; "
+       "lc_messages=nowhere; syslog_ident=\xff; log_destination=nonsense; "
+       "max_connections=262143; bonjour=on"},
   };
   const auto before = cluster().configuration();
-  for (const auto& [setting, value, status] : refusals) {
-    const Outcome refused = cluster().set(0, setting, {value});
-    EXPECT_NE(0, refused.status) << setting;
-    EXPECT_TRUE(holds(refused.out + refused.err, std::to_string(status) + ": "))
-        << setting << refused.out << refused.err;
+  for (const auto& [status, values] : refusals) {
+    for (const auto& [setting, value] : valuesIn(values)) {
+      const Outcome refused = cluster().set(0, setting, {value});
+      EXPECT_NE(0, refused.status) << setting;
+      EXPECT_TRUE(holds(refused.out + refused.err, std::to_string(status) + ": "))
+          << setting << refused.out << refused.err;
+    }
   }
   EXPECT_EQ(before, cluster().configuration());
   cluster().sql(cluster().leader(), "CREATE ROLE plain LOGIN");
-  const Outcome hidden =
-      cluster().knob(0, {PatroniCluster::id("commit_delay"), "3", "-U", "plain"}).run();
+  const Outcome hidden = cluster().set(0, "commit_delay", {"3", "-U", "plain"});
   EXPECT_TRUE(holds(hidden.out + hidden.err, std::to_string(TN_PATRONI_SOURCES_HIDDEN)));
-  EXPECT_TRUE(holds(shown(0, "fsync"), "Overridden on the leader by the member's own"));
+  EXPECT_TRUE(holds(shown("fsync"), "Overridden on the leader by the member's own"));
   cluster().sql(replica, "ALTER SYSTEM RESET ALL");
   cluster().configure(R"({"postgresql":{"parameters":{"fsync":null}},"synchronous_mode":null})");
 }
@@ -315,66 +233,50 @@ TEST_F(Patroni, LosesNothingOfTwoAtOnce) {
   std::vector<std::thread> programs;
   for (const std::size_t member : {0U, 1U}) {
     programs.emplace_back([&, member] {
-      std::string text;
-      for (int i = 0; i < 20; ++i) {
-        text += settingsFile({{settings[member], std::to_string(i + 20), ""}});
-      }
-      const TempFolder folder;
-      writeFile(folder / "in.txt", text);
-      EXPECT_EQ("", cluster().knob(member, {"-I", folder / "in.txt"}).run().err);
+      Values values;
+      for (int i = 20; i < 40; ++i) values.emplace_back(settings[member], std::to_string(i));
+      EXPECT_EQ("", import(member, values));
     });
   }
   for (std::thread& program : programs) program.join();
-  const auto stored = cluster().configuration()["postgresql"]["parameters"];
-  EXPECT_EQ(39, stored["bgwriter_delay"]);
-  EXPECT_EQ("39", stored["vacuum_cost_delay"]);
+  EXPECT_EQ(39, parameters()["bgwriter_delay"]);
+  EXPECT_EQ("39", parameters()["vacuum_cost_delay"]);
 }
 
 TEST_F(Patroni, TellsOfAMemberThatDoesNotFollowAndDoesNotWaitForItTwice) {
-  const std::size_t replica = 1 - cluster().leader();
-  cluster().signal(replica, SIGSTOP);
-  const TempFolder folder;
-  writeFile(folder / "in.txt", settingsFile({{"commit_siblings", "6", ""},
-                                             {"geqo_threshold", "14", ""},
-                                             {"geqo_seed", "0.5", ""}}));
-  const auto begin = std::chrono::steady_clock::now();
-  const Outcome import = cluster().knob(1 - replica, {"-I", folder / "in.txt"}).run();
-  cluster().signal(replica, SIGCONT);
-  EXPECT_GT(std::chrono::seconds(10), std::chrono::steady_clock::now() - begin);
-  EXPECT_EQ(1, std::count(import.err.begin(), import.err.end(), '\n')) << import.err;
-  EXPECT_TRUE(holds(import.err, "7513: ")) << import.err;
-  EXPECT_EQ("14", cluster().value(1 - replica, "geqo_threshold"));
+  const std::size_t leader = cluster().leader();
+  cluster().signal(1 - leader, SIGSTOP);
+  const auto begin = Clock::now();
+  const std::string told =
+      import(leader, valuesIn("commit_siblings=6; geqo_threshold=14; geqo_seed=0.5"));
+  cluster().signal(1 - leader, SIGCONT);
+  EXPECT_GT(std::chrono::seconds(10), Clock::now() - begin);
+  EXPECT_EQ(1, std::count(told.begin(), told.end(), '\n')) << told;
+  EXPECT_TRUE(holds(told, "7513: ")) << told;
+  EXPECT_EQ("14", cluster().value(leader, "geqo_threshold"));
 }
 
 TEST_F(Patroni, StoresOrNamesEverySettingWhenTheLeaderIsLost) {
   const std::size_t leader = cluster().leader();
-  std::vector<Value> values;
-  for (const char* const setting :
-       {"cursor_tuple_fraction", "cpu_index_tuple_cost", "cpu_operator_cost", "parallel_setup_cost",
-        "parallel_tuple_cost", "recursive_worktable_factor", "hash_mem_multiplier",
-        "jit_above_cost", "jit_inline_above_cost", "jit_optimize_above_cost"}) {
-    for (int i = 0; i < 5; ++i) values.push_back({setting, std::to_string(i + 1), ""});
-  }
-  for (std::size_t i = 0; i < 10; ++i) values[i * 5 + 4].word = "0.5";
-  for (Value& value : values) {
-    if (value.setting == "hash_mem_multiplier" && value.word == "0.5") value.word = "9";
-    if (value.setting == "cursor_tuple_fraction") value.word = "0." + value.word.substr(0, 1) + "1";
-  }
-  const TempFolder folder;
-  writeFile(folder / "in.txt", settingsFile(values));
-  Outcome import;
-  std::thread program([&] { import = cluster().knob(leader, {"-I", folder / "in.txt"}).run(); });
-  const auto stored = [&] { return cluster().configuration()["postgresql"]["parameters"]; };
-  while (!stored().contains("cpu_operator_cost")) std::this_thread::yield();
+  const Words settings = {"geqo_generations",        "geqo_pool_size",
+                          "gin_fuzzy_search_limit",  "vacuum_freeze_min_age",
+                          "vacuum_freeze_table_age", "vacuum_cost_page_hit",
+                          "vacuum_cost_page_miss",   "vacuum_cost_page_dirty",
+                          "join_collapse_limit",     "from_collapse_limit"};
+  Values values;
+  for (std::size_t i = 0; i < 50; ++i)
+    values.emplace_back(settings[i / 5], std::to_string(11 + i % 5));
+  std::string told;
+  std::thread program([&] { told = import(leader, values); });
+  while (!parameters().contains(settings[2])) std::this_thread::yield();
   cluster().kill(leader);
   program.join();
   EXPECT_NE(leader, cluster().leader());
-  const auto all = stored();
-  for (std::size_t i = 4; i < values.size(); i += 5) {
-    const bool named = holds(import.err, "etting " + PatroniCluster::id(values[i].setting) + " ");
-    EXPECT_TRUE(named || all.value(values[i].setting, "") == values[i].word)
-        << values[i].setting << import.err << all;
+  for (const std::string& setting : settings) {
+    const bool named = holds(told, "etting " + PatroniCluster::id(setting) + " ");
+    EXPECT_TRUE(named || parameters().value(setting, 0) == 15) << setting << told << parameters();
   }
+  EXPECT_EQ(15, parameters()[settings.back()]);
   cluster().start(leader);
   cluster().awaitMembers();
 }
@@ -382,10 +284,10 @@ TEST_F(Patroni, StoresOrNamesEverySettingWhenTheLeaderIsLost) {
 TEST_F(Patroni, SaysThatTheStoreIsDown) {
   cluster().etcd().end(0);
   for (const Words& words : {Words{"7"}, Words{}}) {
-    const auto begin = std::chrono::steady_clock::now();
+    const auto begin = Clock::now();
     const Outcome told = cluster().set(0, "commit_siblings", words);
     EXPECT_TRUE(holds(told.out + told.err, "7509: ")) << told.out << told.err;
-    EXPECT_GT(std::chrono::seconds(15), std::chrono::steady_clock::now() - begin);
+    EXPECT_GT(std::chrono::seconds(15), Clock::now() - begin);
   }
   cluster().etcd().start(0);
 }
