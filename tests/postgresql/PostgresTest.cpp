@@ -158,6 +158,7 @@ TEST_F(Postgres, WritesListsNameByNameAndNeverAnEmptyName) {
   const struct {
     std::string setting, value, code, written;
   } cases[] = {
+      {"random_page_cost", "4.0", "", ""},  // as it is
       {"search_path", "\"$user\", \"a\"\"\", 'b,public", "", path},
       {"search_path", "", "7416", path},
       {"search_path", "a,,b", "7417", path},
@@ -218,7 +219,10 @@ TEST_F(Postgres, ChangesWhatItMayAndWhatHelps) {
   EXPECT_EQ("", server().sql(kWaiting));
   import(entry(connections, "150") + entry(connections, "100"));
   EXPECT_EQ("", server().sql(kWaiting));
-  // So is one that is stored and that the server has not read yet.
+  // One that the server writes in another way is in force as well.
+  EXPECT_EQ(0, server().set("datestyle", "german").status);
+  EXPECT_EQ("German, DMY", server().value("datestyle"));
+  // Taken back is also one that is stored and that the server has not read yet.
   server().reset();
   server().sql("ALTER SYSTEM SET work_mem = '8MB'");
   EXPECT_EQ(0, server().set("work_mem", "4096").status);
