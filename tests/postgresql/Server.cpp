@@ -1,11 +1,9 @@
 #include "postgresql/Server.h"
 
-#include <arpa/inet.h>
+#include <algorithm>
 #include <cstdlib>
-#include <filesystem>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
-#include <nlohmann/json.hpp>
 #include <pwd.h>
 #include <sstream>
 #include <sys/socket.h>
@@ -13,27 +11,12 @@
 
 namespace {
 
-constexpr char kInstalled[] = "/usr/lib/postgresql";
-// A folder with locales that the tests have made for the server, next to the system's own.
-constexpr char kLocaleFolder[] = "/locales";
-
-// The folder of the server's programs: the one that the environment names, or an installed one.
-std::string programs() {
-  if (const char* const named = std::getenv("KNOB_POSTGRESQL_BIN")) return named;
-  std::error_code none;
-  for (const auto& version : std::filesystem::directory_iterator(kInstalled, none)) {
-    return version.path() / "bin";
-  }
-  return {};
-}
-
 bool canRun(const std::string& path) { return access(path.c_str(), X_OK) == 0; }
 
 std::string freePort() {
   const int probe = socket(AF_INET, SOCK_STREAM, 0);
   sockaddr_in address{};
   address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   socklen_t size = sizeof address;
   EXPECT_EQ(0, bind(probe, reinterpret_cast<sockaddr*>(&address), size));
   EXPECT_EQ(0, getsockname(probe, reinterpret_cast<sockaddr*>(&address), &size));
@@ -45,9 +28,10 @@ std::string freePort() {
 
 // A server may come without the programs of its clients: any other version's will do.
 std::string serverProgram(const std::string& name) {
-  std::string path = programs() + "/" + name;
+  const char* const named = std::getenv("KNOB_POSTGRESQL_BIN");
+  std::string path = (named ? named : "") + ("/" + name);
   std::error_code none;
-  for (const auto& version : std::filesystem::directory_iterator(kInstalled, none)) {
+  for (const auto& version : std::filesystem::directory_iterator("/usr/lib/postgresql", none)) {
     if (!canRun(path)) path = version.path() / "bin" / name;
   }
   return path;
@@ -68,126 +52,78 @@ std::string Server::obstacle() {
 
 Server& Server::shared() {
   static Server server;
-  static const bool ready = [] {
-    server.sql(
-        "CREATE ROLE plain LOGIN\nCREATE ROLE full LOGIN CONNECTION LIMIT 0\n"
-        "SET password_encryption = 'scram-sha-256'\nCREATE ROLE secret LOGIN PASSWORD 'right'\n"
-        "CREATE DATABASE closed\nREVOKE CONNECT ON DATABASE closed FROM public");
-    const std::string rules = server.data("pg_hba.conf");
-    writeFile(rules, "host all secret all scram-sha-256\n" + readFile(rules));
-    return true;
-  }();
-  EXPECT_TRUE(ready);
   return server;
 }
 
-Server::Server(Server* copyOf) : port_(freePort()) {
+Server::Server() : port_(freePort()) {
   if (serverUser() != 0) {
     EXPECT_EQ(0, chown(folder().c_str(), serverUser(), static_cast<gid_t>(-1)));
   }
-  if (copyOf) {
-    becomeStandbyOf(*copyOf);
-  } else {
-    const Outcome made = command("initdb", {"-D", data(""), "-U", "postgres", "-A", "trust",
-                                            "--no-sync", "-E", "UTF8", "--locale=C"});
-    EXPECT_EQ(0, made.status) << made.err;
-  }
-  start();
+  run({"initdb", "-D", data(""), "-U", "postgres", "-A", "trust", "--no-sync", "-E", "UTF8",
+       "--locale=C"});
+  std::ofstream(data("postgresql.conf"), std::ios::app) << "include 'test.conf'\n";
+  const std::string rules = data("pg_hba.conf");
+  writeFile(rules, "host all secret all scram-sha-256\n" + readFile(rules));
+  restart();
+  sql("CREATE ROLE plain LOGIN; CREATE ROLE full LOGIN CONNECTION LIMIT 0;"
+      "SET password_encryption = 'scram-sha-256'; CREATE ROLE secret LOGIN PASSWORD 'right';"
+      "CREATE DATABASE closed; REVOKE CONNECT ON DATABASE closed FROM public");
 }
-
-// A copy of data at rest is all that a standby needs which follows nobody.
-void Server::becomeStandbyOf(Server& other) {
-  other.stop();
-  const Outcome copied = run({"/bin/cp", "-a", other.data(""), data("")});
-  EXPECT_EQ(0, copied.status) << copied.err;
-  other.start();
-  if (version() < 12) {
-    writeFile(data("recovery.conf"), "standby_mode = on\n");
-  } else {
-    writeFile(data("standby.signal"), "");
-  }
-}
-
-Server::~Server() { stop("immediate"); }
-
-std::string Server::uri(const std::string& database) const {
-  return "postgresql://postgres@/" + database + "?host=" + folder() + "&port=" + port_;
-}
-
-int Server::version() const { return std::stoi(readFile(data("PG_VERSION"))); }
 
 std::string Server::written() const {
-  std::istringstream file(readFile(data("postgresql.auto.conf")));
-  std::string settings;
-  for (std::string line; std::getline(file, line);) {
-    if (!line.starts_with("#")) settings += line + "\n";
-  }
-  return settings;
+  const std::string file = readFile(data("postgresql.auto.conf"));
+  return file.substr(file.find('\n', file.find('\n') + 1) + 1);
 }
 
-void Server::start(const std::string& options) {
-  const Outcome run = command(
-      "pg_ctl",
-      {"-D", data(""), "-l", folder() + "/log", "-w", "-o",
-       "-c fsync=off -k " + folder() + " -h 127.0.0.1 -p " + port_ + " " + options, "start"});
-  EXPECT_EQ(0, run.status) << run.out << readFile(folder() + "/log");
+void Server::restart(const std::string& lines, const std::string& options) const {
+  writeFile(data("test.conf"), lines);
+  const std::string own = "-c fsync=off -k " + folder() + " -h 127.0.0.1 -p " + port_ + " ";
+  run({"pg_ctl", "-D", data(""), "-m", "fast", "-o", own + options, "restart"});
 }
 
-void Server::stop(const std::string& mode) {
-  command("pg_ctl", {"-D", data(""), "-m", mode, "-w", "stop"});
+std::string Server::sql(const std::string& statements) const {
+  return run({"psql", "-XAtq", "-v", "ON_ERROR_STOP=1", uri()}, statements);
 }
 
-std::string Server::sql(const std::string& statements, const std::string& database) const {
-  std::istringstream lines(statements);
-  std::vector<std::string> arguments{"-XAtq", "-v", "ON_ERROR_STOP=1", uri(database)};
-  for (std::string line; std::getline(lines, line);) {
-    arguments.insert(arguments.end(), {"-c", line});
-  }
-  const Outcome run = command("psql", arguments);
-  EXPECT_EQ(0, run.status) << statements << run.err;
-  return run.out.substr(0, run.out.find_last_not_of('\n') + 1);
+void Server::reset() const {
+  sql("ALTER SYSTEM RESET ALL; SELECT pg_reload_conf(); ALTER ROLE ALL RESET ALL;"
+      "ALTER ROLE postgres RESET ALL; ALTER DATABASE postgres RESET ALL;"
+      "ALTER ROLE postgres IN DATABASE postgres RESET ALL");
 }
 
-void Server::reset() const { sql("ALTER SYSTEM RESET ALL\nSELECT pg_reload_conf()"); }
+std::string Server::run(std::vector<std::string> arguments, const std::string& input) const {
+  if (arguments[0].find('/') == std::string::npos) arguments[0] = serverProgram(arguments[0]);
+  Process process{std::move(arguments), {{"HOME", folder()}, {"LC_ALL", "C.UTF-8"}}, input};
+  process.environment["LOCPATH"] = folder() + "/locales";  // where a test may have made one
+  process.folder = folder();
+  process.user = serverUser();
+  const Outcome done = process.run();
+  EXPECT_EQ(0, done.status) << process.arguments[0] << input << done.out << done.err;
+  return done.out.substr(0, done.out.find_last_not_of('\n') + 1);
+}
 
 Process Server::knob(std::vector<std::string> arguments, const std::string& database) const {
   arguments.insert(arguments.end(), {"-S", uri(database)});
   return ::knob(folder(), std::move(arguments));
 }
 
-Outcome Server::set(const std::string& name, const std::string& value) const {
-  return knob({id(name), value}).run();
-}
-
-std::string Server::value(const std::string& name, std::map<std::string, std::string> environment,
-                          const std::string& user) const {
-  Process process = knob({id(name), "-JSON", "-U", user});
+Server::Settings Server::settings(std::map<std::string, std::string> environment,
+                                  const std::string& user) const {
+  Process process = knob({"-O", exported(), "-F", "-U", user});
   process.environment.merge(environment);
   const Outcome run = process.run();
-  EXPECT_EQ(0, run.status) << run.out;
-  return nlohmann::json::parse(run.out)["value"];
-}
-
-std::string Server::id(const std::string& name) const {
-  const Outcome run = knob({"-H", name, "-JSON"}).run();
-  const auto found = nlohmann::json::parse(run.out)["search_output"];
-  for (const auto& entry : found) {
-    if (entry.is_object() && entry["Setting"] == name)
-      return std::to_string(entry["ID"].get<int>());
+  EXPECT_EQ("", run.err);
+  Settings all;
+  std::string name;
+  std::istringstream lines(readFile(exported()));
+  for (std::string line; std::getline(lines, line);) {
+    const std::size_t colon = line.find(": ");
+    if (line[0] != '\t' && line[0] != '=') {
+      name = line;
+      std::ranges::transform(line, name.begin(), tolower);
+    } else if (colon != std::string::npos) {
+      all[name][line.substr(1, colon - 1)] = line.substr(colon + 2);
+    }
   }
-  ADD_FAILURE() << "no setting " << name << run.out;
-  return "0";
-}
-
-Outcome Server::command(const std::string& program, std::vector<std::string> arguments) const {
-  arguments.insert(arguments.begin(), serverProgram(program));
-  return run(std::move(arguments));
-}
-
-Outcome Server::run(std::vector<std::string> arguments) const {
-  Process process{std::move(arguments), {{"HOME", folder()}, {"LC_ALL", "C.UTF-8"}}};
-  process.environment["LOCPATH"] = folder() + kLocaleFolder;
-  process.folder = folder();
-  process.user = serverUser();
-  return process.run();
+  return all;
 }

@@ -1,7 +1,8 @@
 // A PostgreSQL server that lives as long as the object: its data and its socket in a temporary
 // folder, on a free port, as a user that is not root (a server refuses to run as root). The
 // server's programs are those of the folder that KNOB_POSTGRESQL_BIN names, or an installed
-// version's.
+// version's. It has the roles plain, secret (password "right") and full (no connection left) and a
+// database that is closed to them.
 #ifndef KNOB_TESTS_POSTGRESQL_SERVER_H
 #define KNOB_TESTS_POSTGRESQL_SERVER_H
 
@@ -22,44 +23,44 @@ class Server {
  public:
   // Why there can be no server here; empty when there can.
   static std::string obstacle();
-  // The server that most tests share, started when it is first asked for. It has the roles plain,
-  // secret (password "right") and full (no connection left) and a database that is closed to them.
+  // The server that most tests share, started when it is first asked for.
   static Server& shared();
 
-  // `copyOf`: the new server is a standby with the data of that one, which is restarted for it.
-  explicit Server(Server* copyOf = nullptr);
-  ~Server();
+  Server();
+  ~Server() { run({"pg_ctl", "-D", data(""), "-m", "immediate", "stop"}); }
 
-  std::string uri(const std::string& database = "postgres") const;
+  std::string uri(const std::string& database = "postgres") const {
+    return "postgresql://postgres@/" + database + "?host=" + folder() + "&port=" + port_;
+  }
   const std::string& folder() const { return folder_.path(); }
   const std::string& port() const { return port_; }
-  int version() const;  // the major one
+  int version() const { return std::stoi(readFile(data("PG_VERSION"))); }  // the major one
   std::string data(const std::string& file) const { return folder_ / ("data/" + file); }
   // What ALTER SYSTEM has written, without its comment.
   std::string written() const;
 
-  void start(const std::string& options = "");
-  void stop(const std::string& mode = "fast");
-  void restart() { stop(), start(); }
-  // The output of the statements, without the line end. Fails the test when one fails.
-  std::string sql(const std::string& statements, const std::string& database = "postgres") const;
-  // Takes every change back that a test has made to the configuration.
+  // With these lines in its configuration and these options on its command line.
+  void restart(const std::string& lines = "", const std::string& options = "") const;
+  std::string sql(const std::string& statements) const;
+  // Takes every change back that a test has made with statements.
   void reset() const;
+  // The output of a program without the line end. It is run as the user that the server runs as,
+  // and fails the test when it fails; one of the server's is given by its mere name.
+  std::string run(std::vector<std::string> arguments, const std::string& input = "") const;
 
-  // Runs a program as the user that the server runs as.
-  Outcome run(std::vector<std::string> arguments) const;
-  // knob on this server.
+  // knob on this server. Settings are named in lower case, and told by the lines of an export.
   Process knob(std::vector<std::string> arguments, const std::string& database = "postgres") const;
-  // Settings are named here, not numbered.
-  Outcome set(const std::string& name, const std::string& value) const;
-  std::string value(const std::string& name, std::map<std::string, std::string> environment = {},
+  using Settings = std::map<std::string, std::map<std::string, std::string>>;
+  Settings settings(std::map<std::string, std::string> environment = {},
                     const std::string& user = "postgres") const;
-  std::string id(const std::string& name) const;
+  std::string exported() const { return folder() + "/settings"; }  // the file of the last time
+  std::string value(const std::string& name) const { return settings().at(name)["Current Value"]; }
+  std::string id(const std::string& name) const { return settings().at(name)["Setting ID"]; }
+  Outcome set(const std::string& name, const std::string& value) const {
+    return knob({id(name), value}).run();
+  }
 
  private:
-  void becomeStandbyOf(Server& other);
-  Outcome command(const std::string& program, std::vector<std::string> arguments) const;
-
   TempFolder folder_;
   std::string port_;
 };

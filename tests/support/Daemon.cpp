@@ -17,7 +17,9 @@ void Daemon::start(std::vector<std::string> arguments,
   const int file = open(output.c_str(), O_RDWR | O_CREAT | O_APPEND, 0644);
   dup2(file, STDOUT_FILENO);
   dup2(file, STDERR_FILENO);
-  Process{arguments, environment}.become(arguments.front());
+  Process process{arguments, environment};
+  process.folder = "/";  // the user may not get to where the test runs
+  process.become(arguments.front());
 }
 
 void Daemon::end() {
