@@ -65,27 +65,30 @@ Engine makeLocal(const std::string& home) {
   return {server, kIds, "64", state, values, reset, {}, 0, 24};
 }
 
-// Of PostgreSQL, with integers for values.
-const std::vector<std::string> kNames = {"work_mem",
-                                         "commit_siblings",
-                                         "statement_timeout",
-                                         "lock_timeout",
-                                         "checkpoint_timeout",
-                                         "checkpoint_warning",
-                                         "bgwriter_delay",
-                                         "bgwriter_lru_maxpages",
-                                         "wal_writer_delay",
-                                         "vacuum_cost_limit",
-                                         "effective_io_concurrency",
-                                         "deadlock_timeout",
-                                         "autovacuum_naptime",
-                                         "autovacuum_vacuum_threshold",
-                                         "autovacuum_analyze_threshold",
-                                         "default_statistics_target",
-                                         "from_collapse_limit",
-                                         "join_collapse_limit",
-                                         "geqo_threshold",
-                                         "log_rotation_age"};
+// Of PostgreSQL, with integers for values: a session may set all but two of them, so that a cluster
+// does not have to try each.
+const std::vector<std::string> kNames = {
+    "work_mem",
+    "commit_siblings",
+    "statement_timeout",
+    "lock_timeout",
+    "checkpoint_timeout",
+    "idle_in_transaction_session_timeout",
+    "bgwriter_delay",
+    "vacuum_cost_limit",
+    "vacuum_cost_page_miss",
+    "vacuum_cost_page_dirty",
+    "effective_io_concurrency",
+    "deadlock_timeout",
+    "default_statistics_target",
+    "from_collapse_limit",
+    "join_collapse_limit",
+    "geqo_threshold",
+    "geqo_pool_size",
+    "geqo_generations",
+    "gin_pending_list_limit",
+    "vacuum_freeze_min_age",
+};
 
 #ifdef KNOB_POSTGRESQL
 Engine makePostgres(const std::string&) {
