@@ -73,28 +73,34 @@ TEST_P(ConnectionTo, MayBeCutOrSlowAnywhere) {
 // At once, since each of them waits. What the import changes, the set changes too.
 TEST_P(ConnectionTo, IsNotWaitedForWithoutEnd) {
   const std::vector<Command> commands = harness->commands();
-  std::vector<std::tuple<const Command&, Proxy::Direction, long>> places;
+  struct Place {
+    const Command& command;
+    Proxy::Direction direction;
+    long after;
+  };
+  std::vector<Place> places;
   for (const Command& command : commands) {
     harness->learn(command);
     for (const auto direction : {Proxy::toServer, Proxy::toClient}) {
       for (const long after : positions(command, direction, harness->engine().calls)) {
-        places.emplace_back(command, direction, after);
+        places.push_back({command, direction, after});
       }
     }
     harness->reset();
   }
   std::vector<std::thread> stalled;
-  for (const auto& [command, direction, after] : places) {
-    stalled.emplace_back([&, this] {
-      const Proxy proxy(harness->engine().port, Proxy::Trouble::stall, direction, after);
+  for (const Place& place : places) {
+    stalled.emplace_back([&place, this] {
+      const Proxy proxy(harness->engine().port, Proxy::Trouble::stall, place.direction,
+                        place.after);
       const auto begin = Clock::now();
-      const Outcome run = through(proxy, command).run();
-      const std::string place =
-          command.name + " " + std::to_string(direction) + " " + std::to_string(after);
-      EXPECT_GT(128, run.status) << place;
+      const Outcome run = through(proxy, place.command).run();
+      const std::string name = place.command.name + " " + std::to_string(place.direction) + " " +
+                               std::to_string(place.after);
+      EXPECT_GT(128, run.status) << name;
       const bool inJson = run.out.find("\"error\": ") != run.out.npos;
-      EXPECT_TRUE(run.status == 0 || inJson || !run.err.empty()) << place;
-      EXPECT_GT(kLongestRun, Clock::now() - begin) << place;
+      EXPECT_TRUE(run.status == 0 || inJson || !run.err.empty()) << name;
+      EXPECT_GT(kLongestRun, Clock::now() - begin) << name;
     });
   }
   for (std::thread& each : stalled) each.join();

@@ -65,17 +65,17 @@ Engine makeLocal(const std::string& home) {
   return {server, kIds, "64", state, values, reset, {}, 0, 24};
 }
 
-// Of PostgreSQL, with integers for values: a session may set all but two of them, so that a cluster
-// does not have to try each.
+// Of PostgreSQL, with integers for values: a session may set all but the first of them, so that a
+// cluster does not have to try each.
 const std::vector<std::string> kNames = {
+    "checkpoint_timeout",
     "work_mem",
     "commit_siblings",
     "statement_timeout",
     "lock_timeout",
-    "checkpoint_timeout",
     "idle_in_transaction_session_timeout",
-    "bgwriter_delay",
     "vacuum_cost_limit",
+    "vacuum_cost_page_hit",
     "vacuum_cost_page_miss",
     "vacuum_cost_page_dirty",
     "effective_io_concurrency",
