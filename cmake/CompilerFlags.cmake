@@ -14,6 +14,10 @@ if(KNOB_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all
                       -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
+  # Half the time of compiling; a report shows lines all the same.
+  if(NOT KNOB_FUZZ)
+    add_compile_options(-O1 -g1)
+  endif()
   # GCC takes instrumented code of the standard library for reads of uninitialized members and for
   # copies between strings that overlap.
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
