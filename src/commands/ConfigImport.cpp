@@ -1,6 +1,8 @@
 // Applying the settings of a settings file (docs/settings-file.md), one by one.
 #include <memory>
 #include <optional>
+#include <string>
+#include <utility>
 
 #include "commands/CommandProcessor.h"
 #include "kz/Exception.h"
@@ -20,13 +22,16 @@ constexpr wchar_t kByteOrderMark = 0xFEFF;
 // anything at all does not fill the memory.
 constexpr int kMostCharacters = 65536;
 
-// One blank for each run of them; none at the beginning.
-void squeeze(kz::String& line) {
-  const bool endsInBlank = line.charAt(line.length() - 1) == L' ';
-  kz::util::StringTokenizer words(line, L" ", false);
-  kz::String squeezed;
-  while (words.hasMoreTokens()) squeezed += words.nextToken() + " ";
-  line = endsInBlank ? squeezed : squeezed.substring(0, squeezed.length() - 1);
+// Adds what was read, with one blank for each run of them and none at the beginning of the line.
+void addSqueezed(kz::String& line, const kz::String& read) {
+  std::wstring added;
+  bool afterBlank = line.isEmpty() || line.charAt(line.length() - 1) == L' ';
+  for (const wchar_t character : read.characters()) {
+    const bool isBlank = character == L' ';
+    if (!(isBlank && afterBlank)) added += character;
+    afterBlank = isBlank;
+  }
+  line += kz::String(added);
 }
 
 // The next line, without tabs. Of a long one, runs of blanks, which only part words, count as one.
@@ -34,12 +39,12 @@ bool readLine(kz::io::BufferedReader& reader, kz::String& line) {
   reader.skipRest();
   if (reader.readLine(line, kMostCharacters) < 0) return false;
   Utils::removeTabChars(line);
-  if (reader.isCut()) squeeze(line);
+  if (reader.isCut()) addSqueezed(line, std::exchange(line, kz::String()));
   while (reader.isCut() && line.length() < kMostCharacters) {
     kz::String more;
     reader.readLine(more, kMostCharacters - line.length());
     Utils::removeTabChars(more);
-    squeeze(line += more);
+    addSqueezed(line, more);
   }
   return true;
 }
