@@ -248,6 +248,13 @@ TEST_F(Postgres, ChangesWhatItMayAndWhatHelps) {
   server().sql("ALTER SYSTEM SET work_mem = '8MB'");
   EXPECT_EQ(0, server().set("work_mem", "4096").status);
   EXPECT_EQ("work_mem = '4096'\n", server().written());
+  server().reset();
+  const std::string file = server().data("postgresql.conf");
+  const std::string lines = readFile(file);
+  writeFile(file, lines + "work_mem = 9MB\n");
+  EXPECT_EQ(0, server().set("work_mem", "4096").status);
+  EXPECT_EQ("work_mem = '4096'\n", server().written());
+  writeFile(file, lines);
   // And one that the server cannot read, which is not the default.
   writeFile(server().data("postgresql.auto.conf"), "work_mem = 'zzz'\n");
   EXPECT_EQ(0, server().set("work_mem", "4096").status);

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "tuning/Characters.h"
 #include "tuning/TuningError.h"
 #include "tuning/postgresql/AlterSystem.h"
 #include "tuning/postgresql/Reload.h"
@@ -75,8 +76,9 @@ bool PostgresEngine::isCurrent(const Setting& setting, const std::string& wanted
       !Snapshot::same(setting.current, wanted, setting)) {
     return false;
   }
-  const auto stored = files().storedValue(setting.name);
-  return !stored || Snapshot::means(*stored, wanted, setting);
+  const auto next = files().nextValue(setting.name);
+  // The server tells some texts in letters of another case: "iso, mdy", "utf8".
+  return !next || Snapshot::means(*next, wanted, setting) || isSameIgnoringCase(*next, wanted);
 }
 
 ServerFiles& PostgresEngine::files() {

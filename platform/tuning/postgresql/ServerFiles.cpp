@@ -88,8 +88,8 @@ std::optional<std::string_view> ServerFiles::value(std::string_view settingName)
   return last(settingName, [](const Entry& entry) { return entry.applied; });
 }
 
-std::optional<std::string_view> ServerFiles::storedValue(std::string_view settingName) const {
-  return last(settingName, [](const Entry& entry) { return entry.written; });
+std::optional<std::string_view> ServerFiles::nextValue(std::string_view settingName) const {
+  return last(settingName, [](const Entry&) { return true; });
 }
 
 std::optional<std::string_view> ServerFiles::valueAfterReset(std::string_view settingName) const {

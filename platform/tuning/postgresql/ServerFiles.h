@@ -36,9 +36,9 @@ class ServerFiles {
   }
   // What the files give without the one that ALTER SYSTEM writes: what a reset leaves.
   std::optional<std::string_view> valueAfterReset(std::string_view settingName) const;
-  // What ALTER SYSTEM has stored for the setting: in force after the server's next reload or start,
-  // if it is not already.
-  std::optional<std::string_view> storedValue(std::string_view settingName) const;
+  // What the files give the setting after the server's next reload or start, in force already or
+  // not.
+  std::optional<std::string_view> nextValue(std::string_view settingName) const;
   // True: the files hold an error for which the server would load nothing of them. `isKnown` tells
   // whether the server has a setting of a name.
   bool blocked(const std::function<bool(std::string_view)>& isKnown) const;
