@@ -46,8 +46,12 @@ HttpDouble::HttpDouble(Script script) : script_(std::move(script)), listener_(bo
   listen(listener_, SOMAXCONN);
   acceptor_ = std::thread([this] {
     for (int peer = 0; (peer = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
-      const std::lock_guard lock(mutex_);
-      connections_.emplace_back(peer, std::thread([this, peer] { serve(peer); }));
+      connections_.remove_if([](const Connection& each) { return each.ended.load(); });
+      Connection& connection = connections_.emplace_back(peer);
+      connection.thread = std::thread([this, &connection] {
+        serve(connection.socket);
+        connection.ended = true;
+      });
     }
   });
 }
@@ -56,11 +60,12 @@ HttpDouble::~HttpDouble() {
   shutdown(listener_, SHUT_RDWR);
   acceptor_.join();
   close(listener_);
-  for (auto& [connection, thread] : connections_) {
-    shutdown(connection, SHUT_RDWR);
-    thread.join();
-    close(connection);
-  }
+}
+
+HttpDouble::Connection::~Connection() {
+  shutdown(socket, SHUT_RDWR);
+  thread.join();
+  close(socket);
 }
 
 void HttpDouble::serve(int connection) {

@@ -3,6 +3,7 @@
 #ifndef KNOB_TESTS_HTTP_HTTP_DOUBLE_H
 #define KNOB_TESTS_HTTP_HTTP_DOUBLE_H
 
+#include <atomic>
 #include <functional>
 #include <list>
 #include <mutex>
@@ -37,6 +38,13 @@ class HttpDouble {
   }
 
  private:
+  struct Connection {
+    explicit Connection(int peer) : socket(peer) {}
+    ~Connection();
+    int socket;
+    std::atomic<bool> ended{false};
+    std::thread thread{};
+  };
   void serve(int connection);
 
   Script script_;
@@ -44,7 +52,7 @@ class HttpDouble {
   int listener_;
   mutable std::mutex mutex_{};
   std::vector<std::string> requests_{};
-  std::list<std::pair<int, std::thread>> connections_{};
+  std::list<Connection> connections_{};
   std::thread acceptor_{};
 };
 
