@@ -62,6 +62,7 @@ TEST(PatroniApi, TellsFailuresApart) {
       {"PATCH", 403, "Access is denied", TN_SUCCESS, TN_PATRONI_NOT_PERMITTED},
       {"PATCH", 403, "client certificate required", TN_SUCCESS, TN_PATRONI_TLS_REFUSED},
       {"PATCH", 503, "", TN_SUCCESS, TN_PATRONI_STORE_DOWN},
+      {"PATCH", 504, "", TN_SUCCESS, TN_PATRONI_OUTCOME_UNKNOWN},
       {"PATCH", 0, "", TN_SUCCESS, TN_PATRONI_OUTCOME_UNKNOWN},
       {"GET /cl", 500, "", TN_PATRONI_STORE_DOWN, TN_SUCCESS},
       {"GET /cl", 200, "{}", TN_PATRONI_FOREIGN, TN_SUCCESS},
@@ -248,12 +249,14 @@ TEST_F(Patroni, TellsOfAMemberThatDoesNotFollowAndDoesNotWaitForItTwice) {
   cluster().signal(1 - leader, SIGSTOP);
   const auto begin = Clock::now();
   const std::string told =
-      import(leader, valuesIn("commit_siblings=6; geqo_threshold=14; geqo_seed=0.5"));
+      import(leader, valuesIn("commit_siblings=6; geqo_threshold=14; geqo_seed=0.5; "
+                              "bgwriter_delay=41"));
   cluster().signal(1 - leader, SIGCONT);
   EXPECT_GT(std::chrono::seconds(10), Clock::now() - begin);
   EXPECT_EQ(1, std::count(told.begin(), told.end(), '\n')) << told;
   EXPECT_TRUE(holds(told, "7513: ")) << told;
   EXPECT_EQ("14", cluster().value(leader, "geqo_threshold"));
+  EXPECT_EQ("41", cluster().value(leader, "bgwriter_delay"));
 }
 
 TEST_F(Patroni, StoresOrNamesEverySettingWhenTheLeaderIsLost) {

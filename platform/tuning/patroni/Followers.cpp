@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <functional>
 #include <thread>
 #include <utility>
 
@@ -16,6 +15,7 @@ using Standing = MemberServer::Standing;
 
 constexpr std::chrono::seconds kPatience{5};
 constexpr std::chrono::seconds kPatienceForOthers{3};
+constexpr std::chrono::seconds kPatienceForAnswer{2};
 constexpr std::chrono::milliseconds kFirstPause{5};
 constexpr std::chrono::milliseconds kLongestPause{100};
 
@@ -27,15 +27,14 @@ bool isDecided(Standing standing) {
 }
 
 bool isSettled(const std::vector<Standing>& standings) {
-  return !standings.empty() && std::ranges::all_of(standings, isDecided);
+  return std::ranges::all_of(standings, isDecided);
 }
 
-Standing ofAll(const std::vector<std::vector<Standing>>& standings, size_t change, bool missing) {
+Standing ofAll(const std::vector<std::vector<Standing>>& standings, size_t change) {
   const auto is = [change](Standing standing) {
     return [=](const auto& ofServer) { return ofServer[change] == standing; };
   };
   if (std::ranges::any_of(standings, is(Standing::refused))) return Standing::refused;
-  if (missing) return Standing::notYet;
   if (std::ranges::all_of(standings, is(Standing::followed))) return Standing::followed;
   return std::ranges::all_of(standings, is(Standing::unwritten)) ? Standing::unwritten
                                                                  : Standing::notYet;
@@ -56,26 +55,30 @@ bool until(Clock::time_point deadline, Question yes) {
 Followers::Followers(const Address& address, const Members& members, const std::string& user,
                      const std::string& password) {
   const std::string_view wait = address.hasConnectTimeout ? "" : kShortWait;
-  for (const Member& member : members) {
-    if (!member.leader && !member.running) continue;
-    servers_.emplace_back(member.name, address.serverUri(member.host, member.port, wait), user,
-                          password);
+  for (const bool leader : {true, false}) {
+    for (const Member& member : members) {
+      if (member.leader != leader || (!leader && !member.running)) continue;
+      const std::string uri = address.serverUri(member.host, member.port, wait);
+      followers_.push_back({MemberServer(uri, user, password)});
+    }
   }
-  const auto reached = [](MemberServer& server) { return server.look(Clock::now() + kPatience); };
-  missing_ = std::erase_if(servers_, std::not_fn(reached)) > 0;
+  for (Follower& follower : followers_) follower.server.look(Clock::now() + kPatience);
 }
 
 void Followers::lookAgain() {
-  for (MemberServer& server : servers_) server.look(Clock::now() + kPatienceForOthers);
+  for (auto& [server, late] : followers_) {
+    if (!server.isSilent()) server.look(Clock::now() + kPatienceForOthers);
+  }
 }
 
 bool Followers::have(const Change& change) const {
-  return std::ranges::all_of(servers_, [&](const MemberServer& s) { return s.has(change); });
+  return std::ranges::all_of(followers_,
+                             [&](const Follower& each) { return each.server.has(change); });
 }
 
 TnStatus Followers::hindrance(const postgresql::Setting& setting,
                               const Configuration& configuration) const {
-  for (const MemberServer& server : servers_) {
+  for (const auto& [server, late] : followers_) {
     const TnStatus status = server.hindrance(setting, configuration);
     if (status != TN_SUCCESS) return status;
   }
@@ -85,8 +88,10 @@ TnStatus Followers::hindrance(const postgresql::Setting& setting,
 void Followers::checkHindrance(const postgresql::Setting& setting, RestApi& api,
                                Configuration& configuration) {
   TnStatus status = hindrance(setting, configuration);
-  if (status == TN_PATRONI_SET_BY_MEMBER && !std::exchange(settled_, true)) {
-    until(Clock::now() + kPatienceForOthers, [&] {
+  if (status == TN_PATRONI_SET_BY_MEMBER) {
+    const auto deadline =
+        Clock::now() + (std::exchange(settled_, true) ? Clock::duration() : kPatienceForOthers);
+    until(deadline, [&] {
       configuration = api.configuration();
       lookAgain();
       status = hindrance(setting, configuration);
@@ -97,40 +102,42 @@ void Followers::checkHindrance(const postgresql::Setting& setting, RestApi& api,
 }
 
 std::vector<Standing> Followers::await(const std::vector<Change>& changes) {
-  const auto deadline = Clock::now() + kPatience;
-  std::vector<std::vector<Standing>> standings(servers_.size());
-  const auto settles = [&](size_t server) {
-    if (!isSettled(standings[server])) {
-      standings[server] = servers_[server].standings(changes, deadline);
-    }
-    return isSettled(standings[server]);
+  std::vector<std::vector<Standing>> standings(
+      followers_.size(), std::vector<Standing>(changes.size(), Standing::notYet));
+  // True: there is nothing to wait for.
+  const auto ask = [&](size_t i) {
+    auto& [server, late] = followers_[i];
+    if (server.isSilent() || isSettled(standings[i])) return true;
+    standings[i] = server.standings(changes, Clock::now() + kPatienceForAnswer);
+    return server.isSilent() || late || isSettled(standings[i]);
   };
-  until(deadline, [&] {
-    size_t settled = 0;
-    for (size_t server = 0; server < servers_.size(); ++server) settled += settles(server);
-    return settled == servers_.size();
+  until(Clock::now() + kPatience, [&] {
+    bool all = true;
+    for (size_t i = 0; i < followers_.size(); ++i) all = ask(i) && all;
+    return all;
   });
 
+  for (size_t i = 0; i < followers_.size(); ++i) {
+    followers_[i].late = followers_[i].late || !isSettled(standings[i]);
+  }
   std::vector<Standing> found;
   found.reserve(changes.size());
   for (size_t change = 0; change < changes.size(); ++change) {
-    found.push_back(ofAll(standings, change, missing_));
+    found.push_back(ofAll(standings, change));
   }
-  missing_ = false;
-  size_t server = 0;
-  std::erase_if(servers_, [&](const MemberServer&) { return !isSettled(standings[server++]); });
   return found;
 }
 
 // What one server makes of a value the others make of it too, as far as it can be asked in advance.
 Standing Followers::judge(const Change& change) {
-  const auto deadline = Clock::now() + kPatience;
   Standing standing = Standing::notYet;
-  const auto decides = [&](MemberServer& server) {
-    standing = server.standings({change}, deadline).front();
+  const auto answers = [](const Follower& each) { return !each.server.isSilent(); };
+  const auto decides = [&](Follower& each) {
+    if (!answers(each) && std::ranges::any_of(followers_, answers)) return false;
+    standing = each.server.standings({change}, Clock::now() + kPatienceForAnswer).front();
     return isDecided(standing);
   };
-  until(deadline, [&] { return servers_.empty() || std::ranges::any_of(servers_, decides); });
+  until(Clock::now() + kPatience, [&] { return std::ranges::any_of(followers_, decides); });
   return standing;
 }
 

@@ -1,5 +1,8 @@
 // The servers of a cluster as those that have to follow its configuration: all members that ran
-// when the cluster was asked for its members last.
+// when the cluster was asked for its members.
+//
+// A server that does not answer costs its time once: it is then left out as long as another one
+// answers, and counts as one that has not followed.
 #ifndef KNOB_PATRONI_FOLLOWERS_H
 #define KNOB_PATRONI_FOLLOWERS_H
 
@@ -29,20 +32,24 @@ class Followers {
   void checkHindrance(const postgresql::Setting& setting, RestApi& api,
                       Configuration& configuration);
 
-  // Waits until every member has followed the changes or refused them, 5 s at most; a member that
-  // has not is not waited for again. Of each change: refused by one, followed by all, unwritten on
-  // all, or else notYet.
+  // Waits until every member has followed the changes or refused them: 5 s at most, and 2 s for
+  // each that does not answer; one that has not is not waited for again. Of each change: refused by
+  // one, followed by all, unwritten on all, or else notYet.
   std::vector<MemberServer::Standing> await(const std::vector<Change>& changes);
 
-  // Waits until a member has followed the change or refused it, 5 s at most, and tells which.
+  // Waits as long until a member has followed the change or refused it, and tells which.
   MemberServer::Standing judge(const Change& change);
 
  private:
+  struct Follower {
+    MemberServer server;
+    bool late = false;  // is asked, but no longer waited for
+  };
+
   TnStatus hindrance(const postgresql::Setting& setting, const Configuration& configuration) const;
   void lookAgain();
 
-  std::vector<MemberServer> servers_{};
-  bool missing_ = false;  // a running member that cannot be reached, and was not told of yet
+  std::vector<Follower> followers_{};  // the leader first
   bool settled_ = false;
 };
 

@@ -64,34 +64,31 @@ MemberServer::Standing standing(const Change& change, const Result& rows,
 
 }  // namespace
 
-MemberServer::MemberServer(std::string name, std::string uri, std::string user,
-                           std::string password)
-    : name_(std::move(name)),
-      uri_(std::move(uri)),
-      user_(std::move(user)),
-      password_(std::move(password)) {}
+MemberServer::MemberServer(std::string uri, std::string user, std::string password)
+    : uri_(std::move(uri)), user_(std::move(user)), password_(std::move(password)) {}
 
 bool MemberServer::connect() {
   if (connection_) return true;
   try {
     connection_.emplace(uri_.c_str(), user_.c_str(), password_.c_str());
   } catch (const TuningError&) {
-    return false;  // asked again, or told as a member that does not follow
+    silent_ = true;
+    return false;
   }
   return true;
 }
 
-bool MemberServer::look(Deadline deadline) {
-  if (!connect()) return false;
+void MemberServer::look(Deadline deadline) {
+  if (!connect()) return;
   try {
     files_ = MemberFiles::read(*connection_, deadline);
     values_ = files_ ? connection_->queryUntil(kQuery, deadline) : std::nullopt;
-    if (values_) return true;
+    silent_ = !values_;
+    if (values_) return;
   } catch (const TuningError& error) {
     if (error.status() != TN_CONNECTION_LOST) throw;
   }
   connection_.reset();
-  return false;
 }
 
 bool MemberServer::has(const Change& change) const {
@@ -131,15 +128,16 @@ TnStatus MemberServer::hindrance(const MemberFiles& files, bool waitsForRestart,
 
 std::vector<MemberServer::Standing> MemberServer::standings(const std::vector<Change>& changes,
                                                             Deadline deadline) {
+  std::vector<Standing> unknown(changes.size(), Standing::notYet);
+  if (!connect()) return unknown;
   try {
-    if (connect()) {
-      if (auto found = ask(changes, deadline)) return *found;
-    }
-  } catch (const TuningError& error) {
-    if (error.status() != TN_CONNECTION_LOST) throw;
+    auto found = ask(changes, deadline);
+    silent_ = !found;
+    if (found) return *std::move(found);
+  } catch (const TuningError&) {  // asked again over a new connection
   }
   connection_.reset();
-  return std::vector<Standing>(changes.size(), Standing::notYet);
+  return unknown;
 }
 
 // The files first: reading them is what tells a session whether a value waits for a restart.

@@ -40,13 +40,15 @@ class MemberServer {
   };
 
   // Connects to nothing yet.
-  MemberServer(std::string name, std::string uri, std::string user, std::string password);
+  MemberServer(std::string uri, std::string user, std::string password);
 
-  const std::string& name() const { return name_; }
+  // True: the last time it let nobody in, or gave no answer in time. Asking it again may take as
+  // long once more.
+  bool isSilent() const { return silent_; }
 
-  // Reads the server's files and values, for has() and hindrance(). False when the server cannot be
-  // reached. Throws TN_PATRONI_SOURCES_HIDDEN.
-  bool look(Deadline deadline);
+  // Reads the server's files and values, for has() and hindrance(), as far as it can be reached.
+  // Throws TN_PATRONI_SOURCES_HIDDEN.
+  void look(Deadline deadline);
   // True when the value was in force or waited for a restart when look() was called, and where
   // nothing is known of the server.
   bool has(const Change& change) const;
@@ -57,20 +59,21 @@ class MemberServer {
   static TnStatus hindrance(const MemberFiles& files, bool waitsForRestart,
                             const postgresql::Setting& setting, const Configuration& configuration);
 
-  // In the order of the changes. Everything is notYet when the server cannot be reached in time.
+  // In the order of the changes. Everything is notYet when the server does not tell in time, for
+  // whatever reason. Throws nothing but std::bad_alloc.
   std::vector<Standing> standings(const std::vector<Change>& changes, Deadline deadline);
 
  private:
   bool connect();
   std::optional<std::vector<Standing>> ask(const std::vector<Change>& changes, Deadline deadline);
 
-  std::string name_;
   std::string uri_;
   std::string user_;
   std::string password_;
   std::optional<postgresql::Connection> connection_{};
   std::optional<MemberFiles> files_{};
   std::optional<postgresql::Result> values_{};
+  bool silent_ = false;
 };
 
 }  // namespace tn::patroni

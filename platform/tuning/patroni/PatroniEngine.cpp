@@ -35,6 +35,10 @@ constexpr int64_t kMostProcesses = 262142;
 constexpr TnStatus kPassing[] = {TN_SERVER_UNREACHABLE, TN_SERVER_NOT_READY, TN_CONNECTION_LOST,
                                  TN_PATRONI_UNREACHABLE};
 
+// What became of several changes, the worst last.
+constexpr TnStatus kWorse[] = {TN_SUCCESS, TN_PATRONI_NOT_FOLLOWED, TN_PATRONI_NOT_TAKEN,
+                               TN_VALUE_REFUSED, TN_PATRONI_OUTCOME_UNKNOWN};
+
 bool isPassing(const TuningError& error) {
   return std::ranges::find(kPassing, error.status()) != std::end(kPassing);
 }
@@ -79,12 +83,11 @@ std::unique_ptr<PatroniEngine> PatroniEngine::open(const char* server, const cha
                                                    const char* password) {
   const auto deadline = Clock::now() + kPatienceAtFirst;
   for (;; std::this_thread::sleep_for(kPause)) {
-    const bool last = Clock::now() >= deadline;
     Cluster cluster{Address::parse(server), nullptr, user, password, {}};
     cluster.api = std::make_unique<RestApi>(cluster.address);
     cluster.members = cluster.api->members();
     if (!hasLeader(cluster.members)) {
-      if (last) throw TuningError(TN_PATRONI_NO_LEADER);
+      if (Clock::now() >= deadline) throw TuningError(TN_PATRONI_NO_LEADER);
       continue;
     }
     // One that has died is told as the leader until its time is over.
@@ -95,7 +98,7 @@ std::unique_ptr<PatroniEngine> PatroniEngine::open(const char* server, const cha
       if (error.status() == TN_SERVER_ADDRESS_INVALID) {
         throw TuningError(TN_PATRONI_ADDRESS_INVALID);
       }
-      if (last || !isPassing(error)) throw;
+      if (Clock::now() >= deadline || !isPassing(error)) throw;
     }
   }
 }
@@ -104,11 +107,11 @@ PatroniEngine::PatroniEngine(Cluster cluster)
     : PostgresReader(cluster.leaderUri().c_str(), cluster.user.c_str(), cluster.password.c_str()),
       cluster_(std::move(cluster)) {}
 
-void PatroniEngine::leave() { awaitFollowers(); }
+void PatroniEngine::leave() { awaitFollowers(false); }
 
 void PatroniEngine::beforeReading() {
   if (!stale_) return;
-  awaitFollowers();
+  awaitFollowers(false);
   try {
     readAgain();
   } catch (const TuningError& error) {
@@ -166,19 +169,19 @@ void PatroniEngine::findLeader() {
   cluster_.api->alsoAsk(cluster_.members);
   const auto deadline = Clock::now() + kPatienceForNewLeader;
   for (;; std::this_thread::sleep_for(kPause)) {
-    const bool last = Clock::now() >= deadline;
     try {
       Members members = cluster_.api->members();
       if (hasLeader(members)) {
         cluster_.members = std::move(members);
         connection() = postgresql::Connection(cluster_.leaderUri().c_str(), cluster_.user.c_str(),
                                               cluster_.password.c_str());
+        followers_.reset();
         return;
       }
     } catch (const TuningError& error) {
-      if (last || !isPassing(error)) throw;
+      if (Clock::now() >= deadline || !isPassing(error)) throw;
     }
-    if (last) throw TuningError(TN_PATRONI_NO_LEADER);
+    if (Clock::now() >= deadline) throw TuningError(TN_PATRONI_NO_LEADER);
   }
 }
 
@@ -193,7 +196,7 @@ void PatroniEngine::store(Setting& setting, const NewValue& value) {
   std::erase_if(unfollowed_, [&](const Change& earlier) { return earlier.setting == &setting; });
   unfollowed_.push_back(change);
   stale_ = true;
-  if (!std::exchange(begun_, true)) awaitFollowers();
+  if (!std::exchange(begun_, true)) awaitFollowers(true);
 }
 
 // What a member may have otherwise than the leader, by its role or as its own, the leader decides.
@@ -257,14 +260,15 @@ std::string PatroniEngine::askServer(const Setting& setting, const NewValue& val
                                   postgresql::SqlState::ofValue)
                            .text(0, 0));
   };
-  try {
-    return ask();
-  } catch (const TuningError& error) {
-    if (error.status() == TN_NOT_PERMITTED || error.status() == TN_SETTING_READ_ONLY) return {};
-    if (error.status() != TN_CONNECTION_LOST) throw;
+  for (bool again = true;; again = false) {
+    try {
+      return ask();
+    } catch (const TuningError& error) {
+      if (error.status() == TN_NOT_PERMITTED || error.status() == TN_SETTING_READ_ONLY) return {};
+      if (error.status() != TN_CONNECTION_LOST || !again) throw;
+    }
+    goToLeader();
   }
-  goToLeader();
-  return ask();
 }
 
 // A server refuses what is too much together with the others. Of a setting that already waits for a
@@ -288,36 +292,41 @@ void PatroniEngine::checkProcesses(const Setting& setting, const NewValue& value
 // What no session can be asked about is looked at where it has arrived. It does not stay where no
 // server has taken it: a server does not start with a value that it refuses.
 void PatroniEngine::write(const Change& change) {
+  Followers& members = followers();  // nothing may fail between the change and its judgement
   configuration_ = cluster_.api->change(configuration().change(change.setting->name, change.json));
   if (!change.asTold.empty()) return;
-  const auto standing = followers().judge(change);
+  const auto standing = members.judge(change);
   if (standing == MemberServer::Standing::followed) return;
   takeOut(change);
   if (standing == MemberServer::Standing::refused) throw TuningError(TN_VALUE_REFUSED);
   throw TuningError(TN_PATRONI_NOT_TAKEN);
 }
 
-// A server may refuse what another takes.
-void PatroniEngine::awaitFollowers() {
+// A server may refuse what another takes: it would not start with it, so that is taken out. What
+// Patroni writes nowhere does no harm, and is taken out only where somebody is told of it.
+void PatroniEngine::awaitFollowers(bool isReported) {
   if (unfollowed_.empty()) return;
   const auto changes = std::exchange(unfollowed_, {});
   const auto standings = followers().await(changes);
-  TnStatus status = TN_SUCCESS;
+  TnStatus worst = TN_SUCCESS;
   for (size_t i = 0; i < changes.size(); ++i) {
-    if (standings[i] == MemberServer::Standing::followed) continue;
-    if (standings[i] == MemberServer::Standing::notYet) {
-      if (status == TN_SUCCESS) status = TN_PATRONI_NOT_FOLLOWED;
-      continue;
-    }
-    takeOut(changes[i]);
-    const bool refused = standings[i] == MemberServer::Standing::refused;
-    if (refused) {
-      status = TN_VALUE_REFUSED;
-    } else if (status != TN_VALUE_REFUSED) {
-      status = TN_PATRONI_NOT_TAKEN;
-    }
+    const TnStatus status = settle(changes[i], standings[i], isReported);
+    if (std::ranges::find(kWorse, status) > std::ranges::find(kWorse, worst)) worst = status;
   }
-  if (status != TN_SUCCESS) throw TuningError(status);
+  if (worst != TN_SUCCESS) throw TuningError(worst);
+}
+
+TnStatus PatroniEngine::settle(const Change& change, MemberServer::Standing standing,
+                               bool isReported) {
+  using enum MemberServer::Standing;
+  if (standing == followed) return TN_SUCCESS;
+  if (standing == notYet || (standing == unwritten && !isReported)) return TN_PATRONI_NOT_FOLLOWED;
+  try {
+    takeOut(change);
+  } catch (const TuningError& error) {
+    return error.status();
+  }
+  return standing == refused ? TN_VALUE_REFUSED : TN_PATRONI_NOT_TAKEN;
 }
 
 // Gives the setting back what it had, unless it has been changed again.

@@ -44,7 +44,7 @@ struct Cluster {
 
 class PatroniEngine final : public postgresql::PostgresReader {
  public:
-  // Waits for a leader that lets us in, 10 s at most.
+  // Waits for a leader that lets us in: no attempt begins after 10 s.
   static std::unique_ptr<PatroniEngine> open(const char* server, const char* user,
                                              const char* password);
 
@@ -65,7 +65,8 @@ class PatroniEngine final : public postgresql::PostgresReader {
   std::string askServer(const postgresql::Setting& setting, const postgresql::NewValue& value);
   void checkProcesses(const postgresql::Setting& setting, const postgresql::NewValue& value);
   void write(const Change& change);
-  void awaitFollowers();
+  void awaitFollowers(bool isReported);
+  TnStatus settle(const Change& change, MemberServer::Standing standing, bool isReported);
   void takeOut(const Change& change);
   void goToLeader();
   void findLeader();

@@ -25,6 +25,7 @@ constexpr milliseconds kPause{50};
 
 constexpr long kOk = 200;
 constexpr long kConflict = 409;
+constexpr long kUnavailable = 503;  // what Patroni says before it does anything
 
 struct Meaning {
   long code;              // of HTTP
@@ -61,8 +62,11 @@ std::string endpointIn(const std::string& url) {
   return host == std::string::npos ? "" : url.substr(0, url.find('/', host + 3));
 }
 
-// The request may be carried out yet.
-bool isOpen(Failure failure) { return failure == Failure::timeout || failure == Failure::cut; }
+// The request may be carried out yet: whoever stands before Patroni may have given it up only.
+bool isOpen(const http::Answer& answer) {
+  return answer.failure == Failure::timeout || answer.failure == Failure::cut ||
+         (answer.status >= 500 && answer.status != kUnavailable);
+}
 
 Member memberOf(const Json& entry) {
   const std::string role = http::textMember(entry, "role");
@@ -109,7 +113,7 @@ RestApi::Reply RestApi::ask(const http::Request& request, http::Deadline deadlin
     const bool failed = answer.failure != Failure::none;
     if (failed && tries > 0) break;  // what the member before has said tells more
     best = std::move(answer);
-    if (failed || best.status < 500) break;
+    if (failed || best.status < 500 || (!request.repeatable && isOpen(best))) break;
     client_.skipEndpoint();
   }
   http::Json json = http::parseJson(best.body);
@@ -184,7 +188,7 @@ Configuration RestApi::change(const Json& change) {
     const Reply reply = ask(request, deadline);
     status = statusOf(reply);
     if (status == TN_SUCCESS) return Configuration(reply.json);
-    if (isOpen(reply.answer.failure)) return configurationWith(change);
+    if (isOpen(reply.answer)) return configurationWith(change);
     if (status == TN_PATRONI_CONFLICT) std::this_thread::sleep_for(kPause);
   }
   giveUp(status == TN_PATRONI_STORE_DOWN ? whyNoAnswer(true) : status);
