@@ -329,13 +329,15 @@ TnStatus PatroniEngine::settle(const Change& change, MemberServer::Standing stan
   return standing == refused ? TN_VALUE_REFUSED : TN_PATRONI_NOT_TAKEN;
 }
 
-// Gives the setting back what it had, unless it has been changed again.
+// Gives the setting back what it had, unless it has been changed again. A member that has not
+// looked at the store since still tells what it had.
 void PatroniEngine::takeOut(const Change& change) {
   const std::string_view name = change.setting->name;
   snapshot().setting(change.setting->id)->written.reset();
   try {
     configuration_ = cluster_.api->configuration();
-    if (configuration_->stored(name) != change.json) return;
+    const http::Json now = configuration_->stored(name);
+    if (now != change.json && now != change.previous) return;
     configuration_ = cluster_.api->change(configuration_->change(name, change.previous));
   } catch (const TuningError&) {
     throw TuningError(TN_PATRONI_OUTCOME_UNKNOWN);
