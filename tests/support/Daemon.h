@@ -18,7 +18,10 @@ class Daemon {
   // Its output goes to the file. `user`: to run as, when the test runs as root.
   void start(std::vector<std::string> arguments, std::map<std::string, std::string> environment,
              uid_t user, const std::string& output);
-  void signal(int number) const { kill(process_, number); }
+  // None before the start.
+  void signal(int number) const {
+    if (process_ > 0) kill(process_, number);
+  }
   void end();  // SIGKILL
 
  private:
