@@ -10,6 +10,9 @@
 void Daemon::start(std::vector<std::string> arguments,
                    std::map<std::string, std::string> environment, uid_t user,
                    const std::string& output) {
+  Process process{std::move(arguments), std::move(environment)};
+  process.folder = "/";  // the user may not get to where the test runs
+  const Start start(process, process.arguments.front());
   process_ = fork();
   if (process_ != 0) return;
   if (!becomeUser(user)) _exit(126);
@@ -17,9 +20,7 @@ void Daemon::start(std::vector<std::string> arguments,
   const int file = open(output.c_str(), O_RDWR | O_CREAT | O_APPEND, 0644);
   dup2(file, STDOUT_FILENO);
   dup2(file, STDERR_FILENO);
-  Process process{arguments, environment};
-  process.folder = "/";  // the user may not get to where the test runs
-  process.become(arguments.front());
+  start.become();
 }
 
 void Daemon::end() {

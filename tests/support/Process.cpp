@@ -60,16 +60,23 @@ bool becomeUser(uid_t user) {
          (setgroups(0, nullptr) == 0 && setgid(user) == 0 && setuid(user) == 0);
 }
 
-void Process::become(const std::string& program) const {
+Start::Start(const Process& process, std::string program)
+    : process_(process), program_(std::move(program)), words_(process.arguments) {
+  for (const auto& [name, value] : process.environment) variables_.push_back(name + "=" + value);
+  wordPointers_ = pointers(words_);
+  variablePointers_ = pointers(variables_);
+}
+
+void Start::become() const {
+  const std::string& folder = process_.folder;
   if (!folder.empty() && chdir(folder.c_str()) != 0) _exit(126);
-  if (fileLimit >= 0) {
-    const rlimit limit{static_cast<rlim_t>(fileLimit), static_cast<rlim_t>(fileLimit)};
+  if (process_.fileLimit >= 0) {
+    const auto bytes = static_cast<rlim_t>(process_.fileLimit);
+    const rlimit limit{bytes, bytes};
     setrlimit(RLIMIT_FSIZE, &limit);
   }
-  if (!becomeUser(user)) _exit(126);
-  std::vector<std::string> words = arguments, variables;
-  for (const auto& [name, value] : environment) variables.push_back(name + "=" + value);
-  execve(program.c_str(), pointers(words).data(), pointers(variables).data());
+  if (!becomeUser(process_.user)) _exit(126);
+  execve(program_.c_str(), wordPointers_.data(), variablePointers_.data());
   _exit(127);
 }
 
@@ -79,19 +86,20 @@ Outcome Process::run() const {
   writeFile(streams / "out", "");
   writeFile(streams / "err", "");
   const bool elsewhere = user != 0 && geteuid() == 0 && arguments[0] == knobPath();
-  const std::string program = elsewhere ? reachableProgram() : arguments[0];
+  const Start start(*this, elsewhere ? reachableProgram() : arguments[0]);
+  const std::string in = streams / "in", out = streams / "out", err = streams / "err";
   const pid_t child = fork();
   if (child == 0) {
-    redirect(STDIN_FILENO, streams / "in", "");
-    redirect(STDOUT_FILENO, streams / "out", outTo);
-    redirect(STDERR_FILENO, streams / "err", errTo);
+    redirect(STDIN_FILENO, in, in);
+    redirect(STDOUT_FILENO, out, outTo);
+    redirect(STDERR_FILENO, err, errTo);
     alarm(kPatienceSeconds);
-    become(program);
+    start.become();
   }
   int status = 0;
   waitpid(child, &status, 0);
-  return {WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status),
-          readFile(streams / "out"), readFile(streams / "err")};
+  return {WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status), readFile(out),
+          readFile(err)};
 }
 
 std::string programFolder() { return fs::read_symlink("/proc/self/exe").parent_path(); }

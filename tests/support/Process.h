@@ -30,8 +30,26 @@ struct Process {
 
   // Waits for the end; a process that takes longer than a minute is killed.
   Outcome run() const;
-  // In a child: becomes the program, with the streams as they are.
-  [[noreturn]] void become(const std::string& program) const;
+};
+
+// All that a child needs to become a program, made before the fork: the child of a process with
+// threads may wait without end for memory.
+class Start {
+ public:
+  Start(const Process& process, std::string program);
+  Start(const Start&) = delete;
+  Start& operator=(const Start&) = delete;
+
+  // In the child, with the streams as they are.
+  [[noreturn]] void become() const;
+
+ private:
+  const Process& process_;
+  std::string program_;
+  std::vector<std::string> words_;
+  std::vector<std::string> variables_{};
+  std::vector<char*> wordPointers_{};
+  std::vector<char*> variablePointers_{};
 };
 
 // The program under test in a world of its own: no settings, no messages but its own.
