@@ -42,24 +42,25 @@ MemberFiles::MemberFiles(const postgresql::Result& rows) {
 }
 
 // Of several entries for one setting the last counts.
-const MemberFiles::Entry* MemberFiles::byPatroni(std::string_view settingName) const {
+template <typename Condition>
+const MemberFiles::Entry* MemberFiles::last(std::string_view settingName,
+                                            Condition condition) const {
   const auto found = std::find_if(entries_.rbegin(), entries_.rend(), [&](const Entry& entry) {
-    return entry.ofPatroni && isSameIgnoringCase(entry.name, settingName);
+    return isSameIgnoringCase(entry.name, settingName) && condition(entry);
   });
   return found == entries_.rend() ? nullptr : &*found;
+}
+
+const MemberFiles::Entry* MemberFiles::byPatroni(std::string_view settingName) const {
+  return last(settingName, [](const Entry& entry) { return entry.ofPatroni; });
 }
 
 const MemberFiles::Entry* MemberFiles::lastOf(std::string_view settingName) const {
-  const auto found = std::find_if(entries_.rbegin(), entries_.rend(), [&](const Entry& entry) {
-    return isSameIgnoringCase(entry.name, settingName);
-  });
-  return found == entries_.rend() ? nullptr : &*found;
+  return last(settingName, [](const Entry&) { return true; });
 }
 
 bool MemberFiles::isOverridden(std::string_view settingName) const {
-  return std::ranges::any_of(entries_, [&](const Entry& entry) {
-    return entry.overriding && isSameIgnoringCase(entry.name, settingName);
-  });
+  return last(settingName, [](const Entry& entry) { return entry.overriding; }) != nullptr;
 }
 
 }  // namespace tn::patroni

@@ -35,6 +35,8 @@ class MemberFiles {
 
  private:
   explicit MemberFiles(const postgresql::Result& rows);
+  template <typename Condition>
+  const Entry* last(std::string_view settingName, Condition condition) const;
 
   std::vector<Entry> entries_{};
 };
