@@ -124,7 +124,10 @@ TEST_F(SettingsFile, MayHoldALineWithoutEnd) {
 
 TEST_F(SettingsFile, MayBeANamedPipe) {
   mkfifo((home / "pipe").c_str(), 0600);
-  std::thread writer([&] { writeFile(home / "pipe", entry("25", "5") + entry("28", "9")); });
+  std::thread writer([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    writeFile(home / "pipe", entry("25", "5") + entry("28", "9"));
+  });
   EXPECT_EQ("", run({"-I", home / "pipe"}).err);
   writer.join();
   EXPECT_NE(std::string::npos, run({"28"}).out.find("Current Value: 9\n"));
@@ -179,7 +182,6 @@ TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
   };
   const std::string good = entry("25", "5");
   const std::string noValue = "Setting 25 was not changed: the file has no value for it.\n";
-  const std::string noId = "Setting skipped: its ID is not a number or is out of range: ";
   const std::string ended = "Import of " + (home / "import") +
                             " stopped here; earlier settings were applied. Use -E to continue past "
                             "missing values.\n\n";
@@ -198,7 +200,8 @@ TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
   } cases[] = {
       {"", "", false},
       {std::string("\0\x80\xFF\n\0\0\n", 7) + good, ""},
-      {entry("abc", "1") + good, noId + "abc\n"},
+      {entry("abc", "1") + good,
+       "Setting skipped: its ID is not a number or is out of range: abc\n"},
       {"Setting ID: 25\nSetting ID: 28\nCurrent Value: 5\n", ""},
       {"Setting ID: 25", noValue, false},
       {empty + good, noValue + ended, false},
