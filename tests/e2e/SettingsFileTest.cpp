@@ -129,6 +129,7 @@ TEST_F(SettingsFile, MayBeANamedPipe) {
     writeFile(home / "pipe", entry("25", "5") + entry("28", "9"));
   });
   EXPECT_EQ("", run({"-I", home / "pipe"}).err);
+  const std::fstream reader(home / "pipe");  // for a writer that was not waited for
   writer.join();
   EXPECT_NE(std::string::npos, run({"28"}).out.find("Current Value: 9\n"));
 }
