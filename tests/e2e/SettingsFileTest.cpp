@@ -21,9 +21,9 @@ std::string entry(const std::string& id, const std::string& value) {
 // Another value, one that is hard to carry where it can be.
 std::string awkwardValue(const json& setting) {
   const std::string value = setting["value"];
+  const json& options = setting["options"];
   const int type = setting["type"];
-  if (type == 0)
-    return setting["options"][setting["options"][0]["value"] == value ? 1 : 0]["value"];
+  if (type == 0) return options[options[0]["value"] == value ? 1 : 0]["value"];
   if (type == 1) {
     const json& limits = setting["range"][0];
     if (limits["max_range"].is_string()) return "2147483647";
