@@ -211,7 +211,7 @@ TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
       {entry("74", std::string("a\0b", 3)) + good, refused("74", "a\nb")},
       {wrong + good, wrongSaid},
       {"\xEF\xBB\xBF" + good, ""},
-      {std::string(5000000, 'x') + "\n" + good, ""},
+      {good + std::string(65536, 'x') + entry("25", "7"), ""},
       {"Setting ID: 25" + blanks + "\n" + blanks + "Current Value:" + blanks + "5" + blanks, ""},
       {entry("74", std::string(5000000, 'x')) + good, tooLong},
       {entry("203", replaced(std::string(200000, 'x'), "x", " 0")) + good,
