@@ -84,7 +84,7 @@ class Bundle : public testing::Test {
 
 TEST_F(Bundle, IsReadAsItsFormatSays) {
   writeFile(base,
-            "# COMMENT=no\n\nno key here\nPLAIN=a text \n BLANKS\t= \t x=y # z\n"
+            "\uFEFFPLAIN=a text \n# COMMENT=no\n\nno key here\n BLANKS\t= \t x=y # z\n"
             "ESCAPES=\\ta\\nb\\\\n\\u00e4\\u20AC\\u0020\nODD=\\q \\u12 \\u00zz \\\n"
             "UTF=\u20ac\xff\nCR=text\r\nEMPTY=\nTWICE=first\nTWICE=second\nLAST=no end");
   std::string all;
