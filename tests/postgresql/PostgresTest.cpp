@@ -103,7 +103,8 @@ TEST_F(Postgres, ShowsTheServersValuesWhateverTheSessionHas) {
   server().sql(
       "ALTER ROLE postgres SET work_mem = '1GB'; ALTER ROLE ALL SET enable_sort = on;"
       "ALTER DATABASE postgres SET statement_timeout = 70000;"
-      "ALTER ROLE postgres SET temp_buffers = 200; ALTER ROLE postgres SET extra_float_digits = -5;"
+      "ALTER ROLE postgres SET temp_buffers = 200;"
+      "ALTER ROLE postgres SET extra_float_digits = -15;"
       "ALTER ROLE postgres IN DATABASE postgres SET random_page_cost = 9;"
       "CREATE SCHEMA evil; CREATE VIEW evil.pg_settings AS SELECT 1 AS name;"
       "ALTER ROLE postgres SET search_path = evil, pg_catalog;"

@@ -134,7 +134,6 @@ TEST_F(TuningLibrary, TakesTheValuesOfASettingOnly) {
       {"line end", TN_CONTROL_CHARACTER, connection.set("a\nb")},
       {"blank", TN_EMPTY_VALUE, TnSetStringValue(h, text, " \t", TN_CURRENT_VALUE)},
       {"past the last", TN_NOT_A_CHOICE, items(one, {past})},
-      {"before the first", TN_NOT_A_CHOICE, items(one, {-1})},
       {"two of one", TN_ONE_CHOICE_REQUIRED, items(one, {0, 1})},
       {"not in order", TN_SUCCESS, items(any, {1, 0})},
       {"twice", TN_DUPLICATE_CHOICE, items(any, {0, 1, 0})},
