@@ -224,7 +224,6 @@ TEST(EtcdAnswers, AreToldApart) {
       {httpAnswer(200, "<html>"), TN_ETCD_NO_GATEWAY},
       {"HTTP/1.1 200 OK\r\n\r\n" + std::string(5 << 20, 'x'), TN_ETCD_ANSWER_TOO_LARGE},
       {httpAnswer(200, R"({"responses":[{},{}]})"), TN_ETCD_NO_GATEWAY},
-      {httpAnswer(200, std::string(1 << 20, '[') + std::string(1 << 20, ']')), TN_ETCD_NO_GATEWAY},
       {contents("something else", "7"), TN_REGISTRY_FOREIGN},
       {contents("knob-registry 2", "7"), TN_REGISTRY_NEWER},
       {contents("", "7"), TN_REGISTRY_DAMAGED},

@@ -32,6 +32,7 @@ HttpDouble::Script troubled(const std::string& text, const Reply& reply) {
 }
 
 TEST(PatroniApi, TellsFailuresApart) {
+  const std::string nested = std::string(1 << 20, '[') + std::string(1 << 20, ']') + '}';
   // What is asked, how it is answered (0: the connection ends instead), what comes of reading and
   // of changing the configuration.
   const std::tuple<std::string, int, std::string, TnStatus, TnStatus> troubles[] = {
@@ -43,7 +44,7 @@ TEST(PatroniApi, TellsFailuresApart) {
       {"PATCH", 504, "", TN_SUCCESS, TN_PATRONI_OUTCOME_UNKNOWN},
       {"PATCH", 0, "", TN_SUCCESS, TN_PATRONI_OUTCOME_UNKNOWN},
       {"GET /cl", 500, "", TN_PATRONI_STORE_DOWN, TN_SUCCESS},
-      {"GET /cl", 200, "{}", TN_PATRONI_FOREIGN, TN_SUCCESS},
+      {"GET /co", 200, R"({"a":)" + nested, TN_PATRONI_FOREIGN, TN_SUCCESS},
       {"GET /co", 502, "", TN_PATRONI_CONFIG_NOT_READABLE, TN_SUCCESS},
       {" /", 302, "", TN_PATRONI_FOREIGN, TN_PATRONI_FOREIGN},
       {" /", 200, "[1]", TN_PATRONI_FOREIGN, TN_PATRONI_FOREIGN},
