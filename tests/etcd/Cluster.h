@@ -3,13 +3,11 @@
 #ifndef KNOB_TESTS_ETCD_CLUSTER_H
 #define KNOB_TESTS_ETCD_CLUSTER_H
 
-#include <map>
 #include <string>
 #include <vector>
 
 #include "http/HttpDouble.h"
 #include "support/Daemon.h"
-#include "support/Process.h"
 #include "support/TempFolder.h"
 
 class Cluster {
@@ -17,7 +15,7 @@ class Cluster {
   // Why there can be no cluster here; empty when there can.
   static std::string obstacle();
 
-  // `secure`: with TLS, which asks every client for a certificate().
+  // `secure`: with TLS. Each node makes a certificate of its own.
   explicit Cluster(std::size_t nodes, bool secure = false);
 
   void start(std::size_t node);
@@ -29,29 +27,25 @@ class Cluster {
   int port(std::size_t node) const { return nodes_[node].port; }
   // "etcd://HOST:PORT,.../prefix"
   std::string address(const std::string& prefix) const;
-  using Variables = std::map<std::string, std::string>;
-  // Makes NAME.pem and NAME.key in the folder; what tells a client to use them.
-  Variables certificate(const std::string& name, const std::string& subject) const;
   std::string file(const std::string& name) const { return folder_ / name; }
 
   // The output of etcdctl, which has to succeed.
   std::string ctl(std::vector<std::string> arguments) const;
-  Process knob(const std::string& prefix, std::vector<std::string> arguments) const;
 
  private:
   struct Node {
-    int port;
-    int peerPort;
+    int port = freePort();
+    std::string peer = "http://" + local(freePort());
     Daemon server{};
   };
 
-  std::string url(int port) const {
-    return (ownFiles_.empty() ? "http://" : "https://") + local(port);
+  std::string url(std::size_t node) const {
+    return (secure_ ? "https://" : "http://") + local(port(node));
   }
 
   TempFolder folder_{};
-  Variables ownFiles_{};  // of the servers, empty without TLS
-  std::vector<Node> nodes_{};
+  bool secure_;
+  std::vector<Node> nodes_;
 };
 
 #endif

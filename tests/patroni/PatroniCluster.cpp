@@ -1,8 +1,6 @@
 #include "patroni/PatroniCluster.h"
 
-#include <chrono>
 #include <gtest/gtest.h>
-#include <thread>
 #include <unistd.h>
 
 #include "postgresql/Server.h"
@@ -15,18 +13,7 @@ namespace {
 constexpr char kPatroni[] = "/usr/bin/patroni";
 constexpr std::chrono::seconds kPatience(60);
 
-template <typename Condition>
-void await(const char* what, const Condition& holds) {
-  const auto deadline = http::Clock::now() + kPatience;
-  while (!holds()) {
-    ASSERT_LT(http::Clock::now(), deadline) << what;
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
-}
-
-std::string listening(int port) {
-  return "  listen: " + local(port) + "\n  connect_address: " + local(port) + "\n";
-}
+constexpr useconds_t kPause = 50'000;  // the limit to all waiting is that of the test
 
 }  // namespace
 
@@ -38,10 +25,7 @@ std::string PatroniCluster::obstacle() {
 
 PatroniCluster::PatroniCluster() {
   std::filesystem::permissions(folder_.path(), std::filesystem::perms{0777});
-  for (std::size_t member = 0; member < 2; ++member) members_.push_back({freePort(), freePort()});
-  start(0);
-  leader();
-  start(1);
+  for (const std::size_t member : {0U, 1U}) start(member);
   awaitMembers();
 }
 
@@ -54,18 +38,17 @@ void PatroniCluster::start(std::size_t member) {
   const std::filesystem::path server = serverProgram("postgres");
   const std::string configuration =
       "scope: knob\nname: m" + std::to_string(member) + "\netcd3: {host: '" + local(etcd_.port(0)) +
-      "'}\nrestapi:\n" + listening(started.apiPort) +
-      "  authentication: {username: admin, password: right}\n"
+      "'}\nrestapi:\n  listen: " + local(started.apiPort) +
+      "\n  authentication: {username: admin, password: right}\n"
       "bootstrap:\n"
       "  dcs: {ttl: 20, loop_wait: 1, retry_timeout: 3, postgresql: {use_pg_rewind: true}}\n"
       "  initdb: [{encoding: UTF8}, {locale: C.UTF-8}, data-checksums]\n"
       "  pg_hba: [host all all 127.0.0.1/32 trust, host replication all 127.0.0.1/32 trust]\n"
-      "postgresql:\n" +
-      listening(started.serverPort) + "  data_dir: " + file(member, "") +
+      "postgresql:\n  listen: " +
+      local(started.serverPort) + "\n  data_dir: " + file(member, "") +
       "\n  pgpass: " + file(member, ".pass") + "\n  bin_dir: " + server.parent_path().string() +
-      "\n  authentication:\n    superuser: {username: postgres, password: x}\n"
-      "    replication: {username: postgres, password: x}\n"
-      "  parameters: {fsync: 'off', unix_socket_directories: ''}\n";
+      "\n  authentication:\n    superuser: &role {username: postgres, password: x}\n"
+      "    replication: *role\n  parameters: {fsync: 'off', unix_socket_directories: ''}\n";
   started.patroni.start(
       {kPatroni},
       {{"PATH", "/usr/bin:/bin"}, {"LC_ALL", "C.UTF-8"}, {"PATRONI_CONFIGURATION", configuration}},
@@ -77,8 +60,7 @@ void PatroniCluster::kill(std::size_t member) {
   members_[member].patroni.end();
   const std::string pid = readFile(file(member, "/postmaster.pid"));
   if (pid.empty()) return;
-  ::kill(std::stoi(pid), SIGKILL);
-  await("the end of a server", [&] { return ::kill(std::stoi(pid), 0) != 0; });
+  while (::kill(std::stoi(pid), SIGKILL) == 0) usleep(kPause);
 }
 
 std::string PatroniCluster::ask(std::size_t member, const http::Request& request) const {
@@ -89,21 +71,15 @@ std::string PatroniCluster::ask(std::size_t member, const http::Request& request
 }
 
 std::size_t PatroniCluster::leader() const {
-  std::size_t member = 1;
-  await("a leader", [&] {
-    member = 1 - member;
-    return !ask(member, {http::Method::get, "/leader"}).empty();
-  });
+  std::size_t member = 0;
+  for (; ask(member, {http::Method::get, "/leader"}).empty(); usleep(kPause)) member = 1 - member;
   return member;
 }
 
 void PatroniCluster::awaitMembers() const {
   const std::string running = "\"running\"";
-  for (const std::size_t member : {0U, 1U}) {
-    await("members that run", [&] {
-      const std::string told = ask(member, {http::Method::get, "/cluster"});
-      return told.find(running) != told.rfind(running);
-    });
+  for (std::string told; told.find(running) == told.rfind(running); usleep(kPause)) {
+    told = ask(0, {http::Method::get, "/cluster"});
   }
 }
 
@@ -126,20 +102,15 @@ void PatroniCluster::configure(const std::string& patch) const {
   EXPECT_NE("", ask(0, {http::Method::patch, "/config", patch})) << patch;
 }
 
-Process PatroniCluster::knob(std::size_t member, std::vector<std::string> arguments) const {
-  arguments.insert(arguments.end(), {"-S", address(member)});
+Outcome PatroniCluster::knob(std::size_t member, std::vector<std::string> arguments) const {
+  const std::string server = "patroni://postgres@" + local(members_[member].apiPort) + "/postgres";
+  arguments.insert(arguments.end(), {"-S", server});
   Process process = ::knob(folder_.path(), std::move(arguments));
   process.environment["PATRONI_RESTAPI_USERNAME"] = "admin";
   process.environment["PATRONI_RESTAPI_PASSWORD"] = "right";
-  return process;
+  return process.run();
 }
 
 std::string PatroniCluster::id(const std::string& setting) {
   return std::to_string(tn::postgresql::KnownSettings::find(setting)->id);
-}
-
-Outcome PatroniCluster::set(std::size_t member, const std::string& setting,
-                            std::vector<std::string> words) const {
-  words.insert(words.begin(), id(setting));
-  return knob(member, std::move(words)).run();
 }

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "etcd/Cluster.h"
-#include "http/HttpDouble.h"
 #include "support/Daemon.h"
 #include "support/Process.h"
 #include "support/TempFolder.h"
@@ -31,9 +30,6 @@ class PatroniCluster {
   void awaitMembers() const;      // until both run
   void restart() const;           // both servers, through Patroni
 
-  std::string address(std::size_t member) const {
-    return "patroni://postgres@" + local(members_[member].apiPort) + "/postgres";
-  }
   std::string endpoint(std::size_t member) const {  // of the API
     return "http://" + local(members_[member].apiPort);
   }
@@ -48,14 +44,13 @@ class PatroniCluster {
   void configure(const std::string& patch) const;
 
   // knob on one member's address.
-  Process knob(std::size_t member, std::vector<std::string> arguments) const;
+  Outcome knob(std::size_t member, std::vector<std::string> arguments) const;
   static std::string id(const std::string& setting);
-  Outcome set(std::size_t member, const std::string& setting, std::vector<std::string> words) const;
 
  private:
   struct Member {
-    int serverPort;
-    int apiPort;
+    int serverPort = freePort();
+    int apiPort = freePort();
     Daemon patroni{};
   };
   std::string file(std::size_t member, const std::string& name) const {
@@ -66,7 +61,7 @@ class PatroniCluster {
 
   TempFolder folder_{};
   Cluster etcd_{1};
-  std::vector<Member> members_{};
+  std::vector<Member> members_{2};
 };
 
 #endif
