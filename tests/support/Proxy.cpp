@@ -68,7 +68,8 @@ void Proxy::serve(int client, long left) {
           static_cast<std::size_t>(each == direction_ ? std::max(left, 1L) : LONG_MAX);
       const ssize_t size =
           passes ? recv(from[each].fd, bytes.data(), std::min(bytes.size(), most), 0) : -1;
-      open = size > 0 && send(from[1 - each].fd, bytes.data(), size, MSG_NOSIGNAL) == size;
+      const auto sent = static_cast<std::size_t>(size);
+      open = size > 0 && send(from[1 - each].fd, bytes.data(), sent, MSG_NOSIGNAL) == size;
       passed_[each] += open ? size : 0;
       if (each == direction_) left -= size;
     }
