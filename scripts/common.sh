@@ -1,7 +1,7 @@
 # What the scripts share. Sourced by them; expects `root` to be the folder of the project.
 
 build_packages="cmake ninja-build g++ libsqlite3-dev libpq-dev libcurl4-openssl-dev nlohmann-json3-dev libtomlplusplus-dev"
-test_packages="libgtest-dev binutils postgresql-15 pgbouncer locales pkgconf etcd-server etcd-client patroni python3-etcd openssl zsh lowdown man-db mandoc"
+test_packages="libgtest-dev binutils postgresql-15 pgbouncer pkgconf etcd-server etcd-client patroni python3-etcd openssl zsh lowdown man-db mandoc"
 check_packages="clang clang-format clang-tidy git"
 package_packages="debhelper lowdown dpkg-dev fakeroot lintian git"
 fuzz_packages="clang libclang-rt-14-dev"

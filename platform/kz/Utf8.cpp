@@ -149,4 +149,9 @@ std::size_t cut(std::string_view bytes, std::size_t limit) {
   return limit;
 }
 
+std::string_view withoutByteOrderMark(std::string_view bytes) {
+  constexpr std::string_view kMark = "\xEF\xBB\xBF";
+  return bytes.substr(bytes.starts_with(kMark) ? kMark.size() : 0);
+}
+
 }  // namespace kz::utf8

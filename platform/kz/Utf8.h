@@ -24,6 +24,9 @@ void encode(std::wstring_view characters, std::string& bytes);
 // inside a character.
 std::size_t cut(std::string_view bytes, std::size_t limit);
 
+// The text without the mark that some editors write at the beginning of a file.
+std::string_view withoutByteOrderMark(std::string_view bytes);
+
 }  // namespace kz::utf8
 
 #endif

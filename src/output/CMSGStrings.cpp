@@ -1,5 +1,7 @@
 #include "output/CMSGStrings.h"
 
+#include <new>
+
 namespace {
 
 using kz::i18n::StringBundle;
@@ -9,10 +11,21 @@ constexpr char kDefaultPrefix[] = "KZ_MSG_";
 
 bool acceptAny(const kz::String&) { return true; }
 
+// What stands in the place of a text is taken for the text: a settings file with a key for a tag
+// imports as nothing. So a moment without memory is not reason enough for it.
+template <typename Lookup>
+auto twiceForMemory(Lookup lookup) {
+  try {
+    return lookup();
+  } catch (const std::bad_alloc&) {
+    return lookup();
+  }
+}
+
 kz::String textOrKey(const StringBundle& bundle, const std::string& key,
                      const StringBundle::Accepts& accepts) {
   try {
-    return bundle.getString(key, accepts);
+    return twiceForMemory([&] { return bundle.getString(key, accepts); });
   } catch (...) {
     return key;
   }
@@ -28,7 +41,9 @@ void CMSGStrings::MakeResourceString(const kz::String& bundleName, kz::String ke
 void CMSGStrings::MakeResourceString(const kz::String& bundleName, const std::string& key,
                                      const StringBundle::Accepts& accepts, kz::String& text) {
   try {
-    text = textOrKey(*StringBundle::getBundle(bundleName, nullptr), key, accepts);
+    const auto bundle =
+        twiceForMemory([&] { return StringBundle::getBundle(bundleName, nullptr); });
+    text = textOrKey(*bundle, key, accepts);
   } catch (...) {
     text = "The resource bundle is not installed";
   }

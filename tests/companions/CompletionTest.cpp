@@ -1,7 +1,6 @@
 // Completion in a real bash and a real zsh, driven by keys on a terminal. A line is completed and
 // then noted by the shell itself: two keys put "note" in front of it and run it.
 #include <gtest/gtest.h>
-#include <sstream>
 #include <unistd.h>
 
 #include "http/HttpDouble.h"
@@ -25,29 +24,25 @@ class Completion : public testing::TestWithParam<std::string> {
       EXPECT_EQ(0, knob(home.path(), {"-S", store, change[0], change[1]}).run().status);
     }
   }
-  // The words of each line as they are after its keys, every word in angle brackets. `screen`: all
-  // that the terminal showed.
-  Words completed(const Words& lines, std::string* screen = nullptr) const {
-    Process typing{{"/usr/bin/script", "-qc", shell + (bash ? " --norc --noprofile -i" : " -f -i"),
-                    "/dev/null"},
-                   {{"HOME", home.path()},
-                    {"XDG_STATE_HOME", home / "state"},
-                    {"PATH", programFolder() + ":/usr/bin:/bin"},
-                    {"TERM", "dumb"},
-                    {"SHELL", "/bin/sh"},
-                    {"F", KNOB_SOURCE_DIR "/share/completions"},
-                    {"NOTES", home / "notes"},
-                    {"A", store}}};
+  // The lines as they are after the keys, every word in angle brackets. `screen`: all that the
+  // terminal showed.
+  std::string completed(const Words& lines, std::string* screen = nullptr) const {
+    Process typing = knob(home.path(), {});
+    typing.arguments = {"/usr/bin/script", "-qc",
+                        shell + (bash ? " --norc --noprofile -i" : " -f -i"), "/dev/null"};
+    typing.environment.insert({{"PATH", programFolder() + ":/usr/bin:/bin"},
+                               {"TERM", "dumb"},
+                               {"SHELL", "/bin/sh"},
+                               {"F", KNOB_SOURCE_DIR "/share/completions"},
+                               {"NOTES", home / "notes"},
+                               {"A", store}});
     typing.input = (bash ? kBash : kZsh) + std::string("; PS1=; stty columns 200 rows 50\r") +
                    "note() { (printf '<%s>' \"$@\"; echo) >> $NOTES; }\r";
     for (const std::string& keys : lines) typing.input += keys + kNote;
     std::filesystem::remove(home / "notes");
     const Outcome run = typing.run();
     if (screen != nullptr) *screen = run.out;
-    std::istringstream notes(readFile(home / "notes"));
-    Words words;
-    for (std::string line; std::getline(notes, line);) words.push_back(line);
-    return words;
+    return readFile(home / "notes");
   }
 
   TempFolder home;
@@ -63,14 +58,15 @@ TEST_P(Completion, PutsIdsAndValuesOfTheEngineThatTheLineNames) {
                  "knob -S \"$A\" replacement\t", "knob -S $A 65 of\t", "knob -J\t", "knob --SE\t",
                  "knob-diff --sett\t", "knob-diff localh\tx", "knob-diff patronis\th",
                  "knob no such setting\t", "knob replica\t", "knob -S $A 74 \t"}),
-      (Words{"<knob><15>", "<knob><25>", "<knob><15><1>", "<knob><25><20>", server + "<15>",
-             server + "<65><off>", "<knob><-JSON>", "<knob><--SERVER>", "<knob-diff><--settings>",
-             "<knob-diff><localhost><x>", "<knob-diff><patronis://h>", "<knob><no><such><setting>",
-             "<knob><replica>", server + "<74><$(touch " + evaluated + ") 'x>"}));
+      "<knob><15>\n<knob><25>\n<knob><15><1>\n<knob><25><20>\n" + server + "<15>\n" + server +
+          "<65><off>\n<knob><-JSON>\n<knob><--SERVER>\n<knob-diff><--settings>\n"
+          "<knob-diff><localhost><x>\n<knob-diff><patronis://h>\n<knob><no><such><setting>\n"
+          "<knob><replica>\n" +
+          server + "<74><$(touch " + evaluated + ") 'x>\n");
   EXPECT_FALSE(std::filesystem::exists(evaluated)) << "of the engine";
   // The line's own command is run once, with the line.
   EXPECT_EQ(completed({"knob -S \"$(echo x >> " + evaluated + ";echo x)\" 25 \t"}),
-            Words{"<knob><-S><x><25>"});
+            "<knob><-S><x><25>\n");
   EXPECT_EQ("x\n", readFile(evaluated));
 }
 
@@ -79,12 +75,12 @@ TEST_P(Completion, AsksAPostgreSqlServerToo) {
   const std::string server = Server::shared().uri(), words = "<knob><-S><" + server + ">";
   EXPECT_EQ(
       completed({"P='" + server + "'\rknob -S \"$P\" red_buf\t \t", "knob -S $P search_pa\t"}),
-      (Words{words + "<136><16384>", words + "<1928>"}));
+      words + "<136><16384>\n" + words + "<1928>\n");
 }
 
 TEST_P(Completion, ShowsSeveralAndLeavesTheWord) {
   std::string screen;
-  EXPECT_EQ(completed({"knob page\t\t"}, &screen), Words{"<knob><page>"});
+  EXPECT_EQ(completed({"knob page\t\t"}, &screen), "<knob><page>\n");
   EXPECT_NE(screen.find("48  Page Cache Size"), std::string::npos) << screen;
   EXPECT_NE(screen.find("Page Verification"), std::string::npos);
   EXPECT_EQ(screen.find("_knob"), std::string::npos) << "a message of the shell: " << screen;
@@ -93,8 +89,7 @@ TEST_P(Completion, ShowsSeveralAndLeavesTheWord) {
 TEST_P(Completion, GivesThePromptBackWhenTheServerIsSilent) {
   const HttpDouble silent([](const std::string&) { return Reply{}; });
   const std::string server = "postgresql://u:pw@" + silent.address();
-  EXPECT_EQ(completed({"knob -S " + server + " work\t"}),
-            Words{"<knob><-S><" + server + "><work>"});
+  EXPECT_EQ(completed({"knob -S " + server + " work\t"}), "<knob><-S><" + server + "><work>\n");
 }
 
 INSTANTIATE_TEST_SUITE_P(, Completion, testing::Values("bash", "zsh"),

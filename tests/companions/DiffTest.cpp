@@ -70,7 +70,6 @@ TEST_F(Diff, ComparesWhatIsAskedFor) {
   writeFile(home / "ignored", "  page CACHE size # not this\n\n15\n");
   const std::pair<Words, std::vector<int>> cases[] = {
       {{"short", kA}, {48}},
-      {{kA, "short"}, {48}},
       {{kA, kB, "--ignore", "ignored"}, {25, 74}},
       {{"--changed", kA}, {48, 25, 74}},
       {{"--changed", "b.json"}, {15}},
@@ -105,37 +104,25 @@ TEST_F(Diff, RefusesWhatCannotBeReadBeyondDoubt) {
   const auto withValue = [](std::string whole, const std::string& before, const std::string& by) {
     return whole.insert(whole.find(before) + before.size(), by);
   };
-  const std::string value = "\"value\": \"";
-  const std::string entry = "Setting ID: 25\nCurrent Value: 7\n";
+  const std::string value = "\"value\": \"", entry = "Setting ID: 25\nCurrent Value: 7\n";
   const std::pair<std::string, std::string> contents[] = {
       {text.substr(0, text.size() - 2), "the export ended early"},
-      {text.substr(0, text.size() / 2), "the export ended early"},
-      {withValue(text, "Value: 7\n", "x\n"), "holds a line break"},
       {withValue(text, "Value: 7\n", "\tx\n"), "holds a line break"},
       {entry + "ERROR! - 7306: damaged\n" + entry, "settings are missing"},
       {"Setting ID: 25\nSetting ID: 26\nCurrent Value: 7\n", "no value before the next id"},
       {"Setting ID: x5\nCurrent Value: 7\n", "an id is not a number"},
       {entry + "Setting ID: 26\n", "the last setting has no value"},
       {"nothing of the kind\n", "it holds no settings"},
-      {"", "it is empty"},
-      {inJson.substr(0, inJson.size() - 3), "not valid JSON"},
       {withValue(inJson, value, "a\"b"), "not valid JSON"},
       {withValue(inJson, value, "a\", \"b\": \""), "has members that no setting has"},
-      {withValue(inJson, value, "\xff"), "not valid JSON"},
-      {"{\"category_list\": 5}", "not an export"},
       {"{}", "not an export"},
   };
   std::vector<std::pair<Words, std::string>> cases = {
       {{kA, "file:damaged"}, "file:damaged: 7307"},
       {{"absent", kA}, "absent: No such file"},
-      {{".", kA}, ".: Is a directory"},
       {{kA}, "two servers or settings files are needed"},
-      {{"--changed", kA, kB}, "--changed takes one"},
-      {{kA, kB, "--most"}, "unknown option: --most"},
-      {{kA, kB, "--ignore"}, "the option --ignore needs a value"},
       {{kA, kB, "--ignore", "absent"}, "absent: No such file"},
       {{"nowhere://x", kB}, "nowhere://x: 7104"},
-      {{"", kB}, "a server or a file is named by an empty text"},
   };
   writeFile(home / "damaged", "no store");
   for (const auto& [content, reason] : contents) {
@@ -167,14 +154,10 @@ TEST(DiffSide, HandsPasswordsOnThroughTheEnvironmentAlone) {
        "postgres://h/d?a=b"},
       {"postgres://u:p/w@h/d", "postgres://u:p/w@h/d", "", "", "postgres://u@h/d"},
       {"POSTGRES://u:p@h/d?PASSWORD=x", "POSTGRES://u@h/d", "", ""},
-      {"post_gres://u:p@h", "post_gres://u@h", "", ""},
-      {"postgresql://u@h:5432,i:5433/d", "postgresql://u@h:5432,i:5433/d", "", ""},
-      {"postgresql://h/d?a=b&password=", "postgresql://h/d?a=b", "PGPASSWORD", ""},
       {"etcds://u:p@[::1]:2379/x", "etcds://u@[::1]:2379/x", "ETCDCTL_PASSWORD", "p"},
       {"file:/a:b@c", "file:/a:b@c", "", ""},
       {"LocalHost", "LocalHost", "", ""},
       {"./localhost", "", "", ""},
-      {"./file:x", "", "", ""},
   };
   for (const auto& test : cases) {
     const diff::Side side(test.name);

@@ -22,7 +22,6 @@ class Home : public testing::Test {
   // With support/TnDouble.cpp in front of the library; its records are the file of the home.
   Outcome recorded(const Words& arguments, const std::string& answer = "none=") const {
     std::filesystem::remove(home / "calls");
-    std::filesystem::remove(home / "arguments");
     Process process = knob(home.path(), arguments);
     process.environment.insert({{"LD_PRELOAD", KNOB_DOUBLE_PRELOAD},
                                 {"TN_ANSWER", answer},

@@ -22,23 +22,19 @@ std::string entry(const std::string& id, const std::string& value) {
 std::string awkwardValue(const json& setting) {
   const std::string value = setting["value"];
   const json& options = setting["options"];
-  switch (setting["type"].get<int>()) {
-    case 0:
-      return options[options[0]["value"] == value ? 1 : 0]["value"];
-    case 1: {
-      const json& limits = setting["range"][0];
-      const std::string most = limits["max_range"].dump();
-      if (limits["max_range"].is_string()) return "2147483647";
-      return most != value ? most : limits["min_range"].dump();
-    }
-    case 2:
-      // A setting with a short default may take short values only.
-      return value.size() < 12 ? "\\\"\xC3\xA9" : "\\n \xC3\xA9\xF0\x9F\x94\xA7\xFF \"%s\" ID:";
-    case 3:
-      return value == "0" ? "1" : "0";
-    default:
-      return value == "0 1" ? "0" : "0 1";
+  const int type = setting["type"];
+  if (type == 0) return options[options[0]["value"] == value ? 1 : 0]["value"];
+  if (type == 1) {
+    const json& limits = setting["range"][0];
+    if (limits["max_range"].is_string()) return "2147483647";
+    return limits[limits["max_range"].dump() != value ? "max_range" : "min_range"].dump();
   }
+  // A setting with a short default may take short values only.
+  if (type == 2) {
+    return value.size() < 12 ? "\\\"\xC3\xA9" : "\\n \xC3\xA9\xF0\x9F\x94\xA7\xFF \"%s\" ID:";
+  }
+  const std::string items = type == 3 ? "1" : "0 1";
+  return value == items ? "0" : items;
 }
 
 class SettingsFile : public Home {
@@ -97,10 +93,8 @@ TEST_F(SettingsFile, IsNotReplacedWithoutAYes) {
   // The answer and the end of what is said; nothing when the file is replaced.
   const std::pair<std::string, std::string> cases[] = {
       {"n\n", ")? " + no},
-      {" y\n", ")? " + no},
       {"", ")? \n" + warning + no},
       {"\n\nY\n", ")? "},
-      {std::string(24, '\n') + "y", ")? "},
       {std::string(25, '\n') + "y", ")? \n" + warning},
       {std::string(26, '\n') + "y", ")? \n" + warning + no}};
   Process process = knob(home.path(), {"-O", home / "file"});
@@ -112,76 +106,63 @@ TEST_F(SettingsFile, IsNotReplacedWithoutAYes) {
     EXPECT_TRUE(outcome.out.ends_with("Overwrite it (y/n" + said)) << outcome.out;
     EXPECT_EQ(said.ends_with(no), readFile(home / "file") == "mine");
   }
+}
+
+// As the answer whether to overwrite a file, and as a settings file.
+TEST_F(SettingsFile, MayHoldALineWithoutEnd) {
   writeFile(home / "file", "mine");
+  writeFile(home / "zeros", "");
+  std::filesystem::resize_file(home / "zeros", 300'000'000);
+  Process process = knob(home.path(), {});
+  process.folder = home.path();
+  process.environment["K"] = process.arguments[0];
   process.arguments = {"/bin/sh", "-c",
-                       "ulimit -v " KNOB_MEMORY_LIMIT "; '" + process.arguments[0] + "' -O '" +
-                           home / "file" + "' </dev/zero"};
-  EXPECT_EQ(0, process.run().status) << "an answer without end";
+                       "ulimit -v " KNOB_MEMORY_LIMIT "; $K -O file </dev/zero && $K -I zeros"};
+  EXPECT_EQ(0, process.run().status);
   EXPECT_EQ("mine", readFile(home / "file"));
 }
 
-TEST_F(SettingsFile, MayBeAPipe) {
-  const std::string content = exported();
-  Process slow = knob(home.path(), {});
-  slow.arguments = {"/bin/sh", "-c",
-                    "'" + slow.arguments[0] + "' -O /dev/stdout -F | (sleep 0.3; cat)"};
-  const std::string received = slow.run().out;
-  EXPECT_EQ(content.substr(0, content.rfind('\t')),
-            received.substr(received.find("=="), content.rfind('\t')));
-
+TEST_F(SettingsFile, MayBeANamedPipe) {
   mkfifo((home / "pipe").c_str(), 0600);
-  std::thread writer([&] { writeFile(home / "pipe", entry("25", "5") + entry("28", "9")); });
+  std::thread writer([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    writeFile(home / "pipe", entry("25", "5") + entry("28", "9"));
+  });
   EXPECT_EQ("", run({"-I", home / "pipe"}).err);
+  const std::fstream reader(home / "pipe");  // for a writer that was not waited for
   writer.join();
   EXPECT_NE(std::string::npos, run({"28"}).out.find("Current Value: 9\n"));
 }
 
 TEST_F(SettingsFile, ThatCannotBeWrittenOrReadIsAFailure) {
-  namespace fs = std::filesystem;
-  ASSERT_EQ("", run({"25", "5", "-S", "file:" + (home / "store")}).err);
-  fs::create_symlink("store", home / "link");
-  fs::create_directory(home / "locked");
-  fs::permissions(home / "locked", fs::perms{0555});
-  for (const char* const name : {"secret", "bad", "out"}) writeFile(home / name, name);
-  fs::permissions(home / "secret", fs::perms{0});
-  const std::string store = readFile(home / "store");
-  const std::string denied = "permission denied (status 0x80070005).\n";
-  const std::string absent = "no such file or directory (status 0x80070002).\n";
+  const std::string store = home / "store";
+  ASSERT_EQ("", run({"25", "5", "-S", "file:" + store}).err);
+  const std::string stored = readFile(store);
+  std::filesystem::create_symlink("store", home / "link");
+  std::filesystem::create_directory(home / "locked");
+  std::filesystem::permissions(home / "locked", std::filesystem::perms{0555});
+  for (const char* const name : {"bad", "out"}) writeFile(home / name, name);
   const struct {
     Words arguments;
     int status;
     std::string said;
-    std::string out{}, err{};
+    std::string out{};
     uid_t user = 0;
-    long limit = -1;
   } cases[] = {
       {{"25"}, 28, "0x8007011C", "/dev/full"},
       {{"25", "5"}, 9, "0x80070109", "-"},
       {{"-H", "e"}, 32, "0x80070120", "|"},
-      {{"-x"}, 28, "", "", "/dev/full"},
-      {{"25"}, 9, "", "-", "-"},
       {{"-O", "/dev/full", "-F"}, 28, "0x8007011C"},
-      {{"-O", "/dev/full", "-F", "-JSON"}, 28, "0x8007011C"},
-      {{"-O", "new/folder/short"}, 27, "0x8007011B", "", "", 0, 5000},
-      {{"-O", home.path(), "-F"}, 21, "0x80070115"},
-      // A bare name is told with its folder.
-      {{"-O", "bare"}, 1, "create file " + (home / "locked/bare: ") + denied, "", "", kNobody},
-      {{"-O", home / "locked/folder/new"}, 1, denied, "", "", kNobody},
-      {{"-O", home / "link", "-F", "-S", "file:" + (home / "store")}, 1, "/link: knob has this "},
-      // An open file that came from the program's caller is not the engine's.
-      {{"-O", "/dev/fd/0", "-F"}, 0, ""},
+      {{"-O", home / "locked/folder/new"}, 1, "0x80070005", "", kNobody},
+      {{"-O", home / "link", "-F", "-S", "file:" + store}, 1, "/link: knob has this "},
       {{"-O", home / "out", "-F", "-S", "file:" + (home / "bad")}, 1, "7307: "},
-      {{"-I", home / "missing"}, 1, "Cannot read file " + (home / "missing: ") + absent},
-      {{"-I", home / "secret"}, 1, "/secret: " + denied, "", "", kNobody},
+      {{"-I", home / "missing"}, 1, "/missing: no such file or directory (status 0x80070002)"},
       {{"-I", home.path()}, 21, "0x80070115"},
   };
   for (const auto& test : cases) {
     Process process = knob(home.path(), test.arguments);
-    process.folder = test.user == 0 ? home.path() : home / "locked";
     process.outTo = test.out;
-    process.errTo = test.err;
     process.user = test.user;
-    process.fileLimit = test.limit;
     const Outcome outcome = process.run();
     SCOPED_TRACE(testing::PrintToString(test.arguments));
     EXPECT_EQ(test.status, outcome.status);
@@ -191,7 +172,7 @@ TEST_F(SettingsFile, ThatCannotBeWrittenOrReadIsAFailure) {
   }
   EXPECT_FALSE(std::filesystem::exists(home / "state")) << "a set that could not be told was made";
   EXPECT_EQ("out", readFile(home / "out"));
-  EXPECT_EQ(store, readFile(home / "store"));
+  EXPECT_EQ(stored, readFile(store));
 }
 
 TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
@@ -202,7 +183,6 @@ TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
   };
   const std::string good = entry("25", "5");
   const std::string noValue = "Setting 25 was not changed: the file has no value for it.\n";
-  const std::string noId = "Setting skipped: its ID is not a number or is out of range: ";
   const std::string ended = "Import of " + (home / "import") +
                             " stopped here; earlier settings were applied. Use -E to continue past "
                             "missing values.\n\n";
@@ -221,21 +201,18 @@ TEST_F(SettingsFile, ThatIsNoneIsTakenForWhatItHolds) {
   } cases[] = {
       {"", "", false},
       {std::string("\0\x80\xFF\n\0\0\n", 7) + good, ""},
-      {entry("abc", "1") + good, noId + "abc\n"},
+      {entry("abc", "1") + good,
+       "Setting skipped: its ID is not a number or is out of range: abc\n"},
       {"Setting ID: 25\nSetting ID: 28\nCurrent Value: 5\n", ""},
       {"Setting ID: 25", noValue, false},
-      {"\tSetting\t ID: 25\nCurrent\t Value: 5", ""},
       {empty + good, noValue + ended, false},
       {empty + good, noValue, true, {"-E"}},
       {entry("74", "") + good, ""},
       {entry("74", std::string("a\0b", 3)) + good, refused("74", "a\nb")},
       {wrong + good, wrongSaid},
       {"\xEF\xBB\xBF" + good, ""},
-      {good + "\xEF\xBB\xBF" + entry("25", "6"), ""},
-      {std::string(5000000, 'x') + "\n" + good, ""},
-      {entry("25" + blanks + "x", "6") + good, noId + "25 x\n"},
+      {good + std::string(65536, 'x') + entry("25", "7"), ""},
       {"Setting ID: 25" + blanks + "\n" + blanks + "Current Value:" + blanks + "5" + blanks, ""},
-      {entry("74", "a" + blanks + "b" + blanks) + good, ""},
       {entry("74", std::string(5000000, 'x')) + good, tooLong},
       {entry("203", replaced(std::string(200000, 'x'), "x", " 0")) + good,
        replaced(tooLong, "74", "203")},

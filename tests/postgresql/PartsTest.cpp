@@ -41,7 +41,6 @@ TEST(NameList, ReadsWhatPeopleAndServersWrite) {
        R"("A x", "B", "a,b", "c""d", " e", "f ", a_1)"},
       {"\"\"", Names{""}, Names{""}, "\"\"", "\"\""},
       {"a,,", kNone, Names{"a", "", ""}, "", ""},
-      {"\"a", kNone, kNone, "", ""},
       {"\"a\"b", kNone, kNone, "", ""},
   };
   for (const auto& c : cases) {
@@ -60,29 +59,24 @@ TEST(ValueText, ReadsNumbersAsTheServerDoes) {
     std::string text, unit;
     std::optional<int32_t> whole, near;  // with fractions refused and rounded
   } integers[] = {{" 700 MB ", "kB", 716800, 716800}, {"7MB", "ms", kNone, kNone},
-                  {"7MB", "", kNone, kNone},          {"900000B", "8kB", 109, 110},
-                  {"1.1GB", "8kB", kNone, 144128},    {"13824kB", "MB", 13, 14},
-                  {"2TB", "kB", kNone, kNone},        {"70900ms", "s", 70, 71},
-                  {"7200s", "min", 120, 120},         {"1.001h", "s", kNone, 3600},
-                  {"2.7d", "ms", kNone, 234000000},   {"712.5", "ms", kNone, 712},
-                  {".5GB", "kB", kNone, 524288},      {"-0.6", "ms", kNone, -1},
-                  {"+7000", "kB", 7000, 7000},        {"-0700", "kB", -448, -448},
-                  {"010.5", "kB", kNone, 10},         {"-0x1e", "kB", -30, -30},
-                  {"0x40.8p1", "kB", kNone, 129},     {"1e5", "kB", kNone, 100000},
-                  {"1E3kB", "kB", kNone, 1000},       {"3000000000B", "MB", kNone, 2861}};
+                  {"900000B", "8kB", 109, 110},       {"1.1GB", "8kB", kNone, 144128},
+                  {"13824kB", "MB", 13, 14},          {"2TB", "kB", kNone, kNone},
+                  {"70900ms", "s", 70, 71},           {"2.7d", "ms", kNone, 234000000},
+                  {"712.5", "ms", kNone, 712},        {".5GB", "kB", kNone, 524288},
+                  {"-0700", "kB", -448, -448},        {"-0x1e", "kB", -30, -30},
+                  {"0x40.8p1", "kB", kNone, 129},     {"1E3kB", "kB", kNone, 1000}};
   for (const auto& c : integers) {
     EXPECT_EQ(c.whole, ValueText::integer(c.text, c.unit, refused)) << c.text;
     EXPECT_EQ(c.near, ValueText::integer(c.text, c.unit, rounded)) << c.text;
   }
-  for (std::string const text : {"7 MB x", "+-700", "-.5", "08", "0x", "1e",
-                                 "99999999999999999999B", "-9223372036854775808", "", "7mb"}) {
+  for (std::string const text :
+       {"7 MB x", "+-700", "08", "0x", "1e", "99999999999999999999B", "", "7mb"}) {
     EXPECT_EQ(kNone, ValueText::integer(text, "kB", rounded)) << text;
   }
   const struct {
     std::string text, unit, shown;
   } reals[] = {{"100us", "ms", "0.1"}, {"0.0015ms", "ms", "0.002"},     {"0.0123456s", "ms", "12"},
-               {"0x1.8p1", "ms", "3"}, {"1.23456789", "ms", "1.23457"}, {"-0.000", "ms", "-0"},
-               {"0120", "ms", "120"},  {"12345678", "", "1.23457e+07"}};
+               {"0x1.8p1", "ms", "3"}, {"1.23456789", "ms", "1.23457"}, {"0120", "ms", "120"}};
   for (const auto& c : reals) {
     EXPECT_EQ(c.shown, ValueText::ofReal(ValueText::real(c.text, c.unit).value())) << c.text;
   }
@@ -93,12 +87,11 @@ TEST(ValueText, ReadsNumbersAsTheServerDoes) {
 
 TEST(ValueText, ReadsWords) {
   const std::pair<std::string, std::optional<bool>> words[] = {
-      {"on", true}, {"TRUE", true}, {"y", true},  {"1", true}, {"of", false},    {"False", false},
-      {"n", false}, {"0", false},   {"o", kNone}, {"", kNone}, {"truex", kNone}, {"2", kNone}};
+      {"TRUE", true}, {"y", true}, {"1", true},     {"of", false},
+      {"o", kNone},   {"", kNone}, {"truex", kNone}};
   for (const auto& [text, value] : words) EXPECT_EQ(value, ValueText::boolean(text)) << text;
-  const std::vector<Choice> choices{{"off"}, {"on"}, {"error"}};
-  EXPECT_EQ(2U, ValueText::choice("ERROR", choices));
-  EXPECT_EQ(1U, ValueText::choice("yes", choices));
+  EXPECT_EQ(2U, ValueText::choice("ERROR", {{"off"}, {"on"}, {"error"}}));
+  EXPECT_EQ(1U, ValueText::choice("yes", {{"off"}, {"on"}, {"error"}}));
   EXPECT_EQ(kNone, ValueText::choice("yes", {{"error"}}));
 }
 
@@ -115,7 +108,7 @@ TEST(KnownSettings, AgreeWithEveryVersion) {
   const std::set<std::string> sometimes{"allow_system_table_mods", "autovacuum_max_workers",
                                         "primary_conninfo", "primary_slot_name", "restore_command"};
   std::set<std::string> told;
-  std::set<std::string_view> names, lists, kinds;
+  std::set<std::string_view> names, lists;
   std::map<std::string, std::size_t> numbers;  // of choices
   std::ifstream file(KNOB_SOURCE_DIR "/tests/postgresql/data/settings.tsv");
   for (std::string line; std::getline(file, line);) {
@@ -147,16 +140,14 @@ TEST(KnownSettings, AgreeWithEveryVersion) {
     }
   }
   EXPECT_EQ(sometimes, told);
-  EXPECT_EQ(8U, lists.size());
   EXPECT_LT(100U, numbers.size());
   std::set<int32_t> ids;
   for (const KnownSetting& known : KnownSettings::all()) {
     EXPECT_TRUE(ids.insert(known.id).second && names.insert(known.name).second) << known.name;
-    if (NameList::kindOf(known.name) != NameList::Kind::none) kinds.insert(known.name);
+    EXPECT_EQ(lists.contains(known.name), NameList::kindOf(known.name) != NameList::Kind::none);
     EXPECT_LT(known.id, SettingIds::kFirstMade);
     EXPECT_EQ(known.id < 1000, KnownSettings::announcesRestart(known.id)) << known.name;
   }
-  EXPECT_EQ(lists, kinds);
 }
 
 TEST(Choices, OfOtherServersKeepTheirNumberAndAreNoneHere) {
@@ -168,92 +159,50 @@ TEST(Choices, OfOtherServersKeepTheirNumberAndAreNoneHere) {
   EXPECT_EQ((Names{"off", "on", "pglz", "lz4 (not on this server)", "zstd", "new"}),
             shown("wal_compression", {"pglz", "zstd", "on", "off", "new"}));
   EXPECT_EQ((Names{"off (not on this server)", "on"}), shown("wal_compression", {"on"}));
-  EXPECT_EQ(Names{}, shown("some.extension", {}));
 }
 
 TEST(SettingGroups, LoseNoSettingAndKeepToTheCapacities) {
-  const struct {
-    int ofExtension;
-    std::size_t categories, inTheFirst;  // 0: refused
-    std::string lastButOne;
-  } cases[] = {{50, 3, 2, "Customized Options"},         {51, 4, 2, "Customized Options (2)"},
-               {1400, 30, 2, "Customized Options (28)"}, {1401, 29, 50, "All Settings (28)"},
-               {1497, 30, 50, "All Settings (29)"},      {1498, 0, 0, ""}};
-  for (const auto& c : cases) {
+  // With so many settings of an extension.
+  const std::pair<int, std::string> lastCategoryButOne[] = {
+      {51, "Customized Options (2)"}, {1401, "All Settings (28)"}, {1498, "refused"}};
+  for (const auto& [ofExtension, name] : lastCategoryButOne) {
     Names names{"deadlock_timeout", "new_lock_setting", "no_such_group"};
-    for (int i = 0; i < c.ofExtension; ++i) names.push_back("module.s" + std::to_string(i));
+    for (int i = 0; i < ofExtension; ++i) names.push_back("module.s" + std::to_string(i));
     std::vector<SettingGroups::Member> members;
-    for (const std::string& name : names) {
-      members.push_back({name, "Sperren / Teil", static_cast<int32_t>(members.size())});
+    for (const std::string& each : names) {
+      members.push_back({each, "Sperren / Teil", static_cast<int32_t>(members.size())});
     }
     members[2].serverCategory = "Neues";
-    if (c.categories == 0) {
+    if (name == "refused") {
       EXPECT_THROW(SettingGroups::of(members), tn::TuningError);
       continue;
     }
     const auto groups = SettingGroups::of(members);
-    ASSERT_EQ(c.categories, groups.size());
-    EXPECT_EQ(c.inTheFirst, groups[0].settingIds.size());
-    EXPECT_EQ(c.lastButOne, groups[c.categories - 2].name);
+    EXPECT_GE(30U, groups.size());
+    EXPECT_EQ(name, groups[groups.size() - 2].name);
     std::set<int32_t> seen, ids;
     for (const auto& group : groups) {
       EXPECT_LE(group.settingIds.size(), 50U);
       ids.insert(group.id);
       seen.insert(group.settingIds.begin(), group.settingIds.end());
     }
-    EXPECT_EQ(c.categories, ids.size());
+    EXPECT_EQ(groups.size(), ids.size());
     EXPECT_EQ(members.size(), seen.size());
   }
-}
-
-TEST(SettingText, IsOneLine) {
-  Setting setting;
-  setting.id = 25;
-  setting.shortText = "A \\ and\nB.";
-  setting.unit = "8kB";
-  EXPECT_EQ("A (backslash) and B. Unit: 8kB.", SettingText::of(setting));
 }
 
 TEST(AlterSystem, QuotesNamesPartByPartAndKnowsWhichAFileCanHold) {
   EXPECT_EQ("ALTER SYSTEM SET \"a\".\"b\"\"c\" = 'x', 'y'",
             AlterSystem::set("a.b\"c", {"'x'", "'y'"}));
-  for (const char* const name : {"work_mem", "pg_many.select", "_a.b$1", "\xC3\xA4.x"}) {
-    EXPECT_TRUE(AlterSystem::canName(name)) << name;
-  }
+  EXPECT_TRUE(AlterSystem::canName("_a.b$1") && AlterSystem::canName("\xC3\xA4.x"));
   for (const char* const name : {"", "a.", ".b", "a.b.c", "a.1", "a b", "a.b\"; drop", "a-b"}) {
     EXPECT_FALSE(AlterSystem::canName(name)) << name;
   }
 }
 
 TEST(SqlState, IsFoundInErrorsOfEveryLanguage) {
-  const std::pair<std::string, std::string> cases[] = {
-      {"could not connect: Connection refused\n\tIs the server running?\n", ""},
-      {"a: FATAL:  57P03\nb: Connection refused\n", "57P03"},
-      {"Verbindung zu »x« fehlgeschlagen: FATAL:  57P03\nb: FATAL:  3D000\n", "3D000"},
-      {"server said: what\nx:  ab\n", ""},
-  };
-  for (const auto& [text, code] : cases) EXPECT_EQ(code, SqlState::lastIn(text)) << text;
-}
-
-TEST(SqlState, MeansWhatTheStatementWasFor) {
-  const struct {
-    std::string code;
-    TnStatus connecting, question, value, alterSystem;
-  } cases[] = {
-      {"22P05", TN_SERVER_ERROR, TN_SERVER_ERROR, TN_VALUE_REFUSED, TN_VALUE_REFUSED},
-      {"42501", TN_NOT_PERMITTED, TN_NOT_PERMITTED, TN_NOT_PERMITTED, TN_NOT_PERMITTED},
-      {"53100", TN_SERVER_ERROR, TN_SERVER_ERROR, TN_SERVER_ERROR, TN_SERVER_CANNOT_WRITE},
-      {"57014", TN_LOGIN_REFUSED, TN_SERVER_ERROR, TN_SERVER_ERROR, TN_SERVER_ERROR},
-      {"F0000", TN_SERVER_ERROR, TN_SERVER_ERROR, TN_SERVER_ERROR, TN_CONFIGURATION_FILE_ERRORS},
-      {"XX000", TN_SERVER_ERROR, TN_SERVER_ERROR, TN_SERVER_ERROR, TN_CONFIGURATION_LOCKED},
-      {"", TN_SERVER_ERROR, TN_CONNECTION_LOST, TN_CONNECTION_LOST, TN_CONNECTION_LOST},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(c.connecting, SqlState::whenConnecting(c.code)) << c.code;
-    EXPECT_EQ(c.question, SqlState::ofQuestion(c.code)) << c.code;
-    EXPECT_EQ(c.value, SqlState::ofValue(c.code)) << c.code;
-    EXPECT_EQ(c.alterSystem, SqlState::ofAlterSystem(c.code)) << c.code;
-  }
+  EXPECT_EQ("3D000", SqlState::lastIn("»x« fehlt: FATAL:  57P03\nb: FATAL:  3D000\nc: x\n"));
+  EXPECT_EQ("", SqlState::lastIn("could not connect\n\tIs the server running?\nx:  ab\n"));
 }
 
 TEST(NewValue, LeavesAListThatIsOneTextAsItRuns) {
@@ -262,12 +211,8 @@ TEST(NewValue, LeavesAListThatIsOneTextAsItRuns) {
   setting.listIsOneText = true;
   setting.running = "/a,/b";
   setting.current = "/a, /b";
-  const std::pair<std::string, std::string> cases[] = {
-      {"/a,  /b", "/a,/b"}, {"\"/a,c\"", "\"/a,c\""}, {"", ""}};
-  for (const auto& [given, stored] : cases) {
-    const NewValue value = NewValue::ofText(setting, given);
-    EXPECT_EQ(Names{stored}, value.parts());
-    EXPECT_EQ(stored, value.text());
+  for (const auto& [given, stored] : {std::pair{"/a,  /b", "/a,/b"}, {"\"/a,c\"", "\"/a,c\""}}) {
+    EXPECT_EQ(Names{stored}, NewValue::ofText(setting, given).parts());
   }
 }
 

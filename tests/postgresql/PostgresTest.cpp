@@ -2,7 +2,6 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <sys/stat.h>
@@ -18,6 +17,13 @@ using nlohmann::json;
 
 constexpr char kPooler[] = "/usr/sbin/pgbouncer";
 constexpr char kWaiting[] = "SELECT name FROM pg_settings WHERE pending_restart";
+
+// No code: it succeeds.
+void expectCode(const std::string& code, const Outcome& run) {
+  EXPECT_EQ(code.empty() ? 0 : 1, run.status) << run.out << run.err;
+  const std::string said = code.empty() ? "" : code + ": ";
+  EXPECT_NE(std::string::npos, (run.out + run.err).find(said)) << run.out << run.err;
+}
 
 class Postgres : public testing::Test {
  protected:
@@ -35,66 +41,45 @@ class Postgres : public testing::Test {
   static std::string entry(const std::string& id, const std::string& value) {
     return "Setting ID: " + id + "\nCurrent Value: " + value + "\n";
   }
+  static void expectSet(const std::string& name, const std::string& value, const std::string& code,
+                        const std::string& written = "") {
+    SCOPED_TRACE(name + " = " + value);
+    expectCode(code, server().set(name, value));
+    EXPECT_EQ(written, server().written());
+  }
 };
-
-// No code: it succeeds.
-void expectCode(const std::string& code, const Outcome& run) {
-  EXPECT_EQ(code.empty() ? 0 : 1, run.status) << run.out << run.err;
-  const std::string said = code.empty() ? "" : code + ": ";
-  EXPECT_NE(std::string::npos, (run.out + run.err).find(said)) << run.out << run.err;
-}
 
 bool comes(const std::function<bool()>& event) {
   for (int i = 0; i < 500 && !event(); ++i) usleep(10000);
   return event();
 }
 
-TEST_F(Postgres, TellsWhyItCannotConnectInAnyLanguage) {
+TEST_F(Postgres, TellsWhyItCannotConnect) {
   const std::string here = "host=" + server().folder() + "&port=" + server().port();
   const std::string tcp = "127.0.0.1:" + server().port();
   const struct {
     std::string code, address;
     std::vector<std::string> login;
   } cases[] = {
-      {"7401", "/postgres?" + here + "&nonsense=1", {}},
       {"7401", "/postgres?" + here + "&options=-cnonsense=1", {"-U", "postgres"}},
-      {"7402", "/postgres?host=/nonexistent", {}},
       {"7402", "127.0.0.1:1/postgres?channel_binding=require&connect_timeout=1", {}},
       {"7403", "secret:right@" + tcp + "/postgres", {"-P", "wrong"}},
-      {"7403", "secret@" + tcp + "/postgres", {}},
       {"7403", "/template0?" + here, {"-U", "postgres"}},
       {"7404", "/nothing?" + here, {"-U", "postgres"}},
       {"7406", "/postgres?" + here, {"-U", "full"}},
       {"7407", "postgres@" + tcp + "/postgres?sslmode=require", {}},
-      {"7407", "postgres@" + tcp + "/postgres?channel_binding=require", {}},
-      {"7407", "/postgres?" + here + "&gssencmode=require", {"-U", "postgres"}},
       {"7407", "/postgres?" + here + "&requirepeer=nobody-here", {"-U", "postgres"}},
       {"7409", "/closed?" + here, {"-U", "plain"}},
       {"7418", "postgres@" + tcp + "/postgres?target_session_attrs=standby", {}},
       {"", "secret:wrong@" + tcp + "/postgres", {"-P", "right"}},
       {"", "stranger@127.0.0.1:1," + tcp + "/postgres", {"-U", "postgres"}},
   };
-  const std::string locales = server().folder() + "/locales";
-  std::filesystem::create_directory(locales);
-  const Process translate{
-      {"/usr/bin/localedef", "-i", "de_DE", "-f", "UTF-8", locales + "/de_DE.UTF-8"}, {}};
-  const Outcome made = translate.run();
-  std::set<std::string> descriptions, headings;
-  for (std::string const language : {"C", "de_DE.UTF-8"}) {
-    if (language != "C" && made.status != 0) GTEST_SKIP() << "no locales: " << made.err;
-    server().sql("ALTER SYSTEM SET lc_messages = '" + language + "'; SELECT pg_reload_conf()");
-    for (const auto& c : cases) {
-      std::vector<std::string> arguments{"103", "-S", "postgresql://" + c.address};
-      arguments.insert(arguments.end(), c.login.begin(), c.login.end());
-      SCOPED_TRACE(language + c.address);
-      expectCode(c.code, knob(server().folder(), arguments).run());
-    }
-    expectCode("7413", server().set("hba_file", "/elsewhere"));
-    descriptions.insert(server().settings().at("port")["Description (server setting)"]);
-    headings.insert(std::regex_replace(readFile(server().exported()), std::regex("\t.*"), ""));
+  for (const auto& c : cases) {
+    std::vector<std::string> arguments{"103", "-S", "postgresql://" + c.address};
+    arguments.insert(arguments.end(), c.login.begin(), c.login.end());
+    SCOPED_TRACE(c.address);
+    expectCode(c.code, knob(server().folder(), arguments).run());
   }
-  EXPECT_EQ(2U, descriptions.size()) << "the server did not change its language";
-  EXPECT_EQ(1U, headings.size()) << "names or categories are the server's";
 }
 
 TEST_F(Postgres, ShowsTheServersValuesWhateverTheSessionHas) {
@@ -119,6 +104,7 @@ TEST_F(Postgres, ShowsTheServersValuesWhateverTheSessionHas) {
       "ALTER ROLE postgres SET work_mem = '1GB'; ALTER ROLE ALL SET enable_sort = on;"
       "ALTER DATABASE postgres SET statement_timeout = 70000;"
       "ALTER ROLE postgres SET temp_buffers = 200;"
+      "ALTER ROLE postgres SET extra_float_digits = -15;"
       "ALTER ROLE postgres IN DATABASE postgres SET random_page_cost = 9;"
       "CREATE SCHEMA evil; CREATE VIEW evil.pg_settings AS SELECT 1 AS name;"
       "ALTER ROLE postgres SET search_path = evil, pg_catalog;"
@@ -152,44 +138,30 @@ TEST_F(Postgres, StoresTextExactlyOrRefusesIt) {
   expectCode("7412", server().knob({id, "€"}, "narrow").run());
   EXPECT_EQ(before, server().written());
   EXPECT_EQ(0, server().knob({id, "größe"}, "narrow").run().status);
-  EXPECT_EQ("größe", json::parse(server().knob({id, "-JSON"}, "narrow").run().out)["value"]);
+  const std::string shown = server().knob({id}, "narrow").run().out;
+  EXPECT_NE(std::string::npos, shown.find("Current Value: größe\n")) << shown;
   // Bytes pass a database without an encoding, whatever the client's is said to be.
   server().sql("CREATE DATABASE bytes ENCODING SQL_ASCII TEMPLATE template0");
   Process process = server().knob({id, "é日"}, "bytes");
   process.environment["PGCLIENTENCODING"] = "SJIS";
   EXPECT_EQ(0, process.run().status);
   EXPECT_EQ("é日", server().value("archive_command"));
-  // One that cannot say a character of a value cannot be asked, which is no fault of a value.
-  server().sql(
-      "CREATE DATABASE other ENCODING EUC_JP LC_COLLATE 'C' LC_CTYPE 'C' TEMPLATE template0");
-  EXPECT_EQ(0, server().knob({id, "ü"}, "narrow").run().status);
-  expectCode("7410", server().knob({id}, "other").run());
 }
 
 TEST_F(Postgres, WritesListsNameByName) {
   const std::string path = "search_path = '\"$user\", \"a\"\"\", \"''b\", public'\n";
   const std::string library = "session_preload_libraries = 'auto_explain'\n";
   const std::string format = "auto_explain.log_format = 'json'\n";
-  const struct {
-    std::string setting, value, code, written;
-  } cases[] = {
-      {"random_page_cost", "4.0", "", ""},  // as it is
-      {"search_path", "\"$user\", \"a\"\"\", 'b,public", "", path},
-      {"search_path", "", "7416", path},
-      {"search_path", "a,,b", "7417", path},
-      {"session_preload_libraries", "", "", path},
-      {"session_preload_libraries", "auto_explain", "", path + library},
-      {"search_path", "\"$user\", \"a\"\"\", 'b,public", "", path + library},  // not again
-      {"auto_explain.log_format", "2", "", path + library + format},
-      {"session_preload_libraries", "", "", path + format},
-      {"session_preload_libraries", "\"\"", "7417", path + format},
-      {"search_path", "\"\"", "", format + "search_path = '\"\"'\n"},
-      {"search_path", "\"\"", "", format + "search_path = '\"\"'\n"},
-  };
-  for (const auto& c : cases) {
-    expectCode(c.code, server().set(c.setting, c.value));
-    EXPECT_EQ(c.written, server().written()) << c.setting << c.value;
-  }
+  const std::string names = "\"$user\", \"a\"\"\", 'b,public";
+  expectSet("random_page_cost", "4.0", "");  // as it is
+  expectSet("search_path", names, "", path);
+  expectSet("search_path", "", "7416", path);
+  expectSet("search_path", "a,,b", "7417", path);
+  expectSet("session_preload_libraries", "auto_explain", "", path + library);
+  expectSet("search_path", names, "", path + library);  // not again
+  expectSet("auto_explain.log_format", "2", "", path + library + format);
+  expectSet("session_preload_libraries", "", "", path + format);
+  expectSet("search_path", "\"\"", "", format + "search_path = '\"\"'\n");
   // The server compares the texts of a list that waits for a restart, and writes its own.
   server().restart("shared_preload_libraries = 'auto_explain,pg_stat_statements'\n");
   server().reset();
@@ -198,21 +170,18 @@ TEST_F(Postgres, WritesListsNameByName) {
   EXPECT_EQ("shared_preload_libraries", server().sql(kWaiting));
   const std::string running = server().value("shared_preload_libraries");
   EXPECT_EQ("auto_explain, pg_stat_statements", running);
-  EXPECT_EQ(0, server().set("shared_preload_libraries", running).status);
+  expectSet("shared_preload_libraries", running, "");
   EXPECT_EQ("", server().sql(kWaiting));
-  EXPECT_EQ("", server().written());
 }
 
 TEST_F(Postgres, ChangesWhatItMayAndWhatHelps) {
-  // Refused, nothing written: fixed, out of range, not a choice, and a role without rights.
-  const struct {
-    std::string setting, value, code;
-  } refused[] = {
-      {"data_directory", "/x", "7413"},  {"block_size", "8193", "7413"},
-      {"server_version", "x", "7413"},   {"transaction_isolation", "0", "7413"},
-      {"work_mem", "63", "7202"},        {"wal_level", "9", "7203"},
-      {"random_page_cost", "x", "7412"}, {"default_text_search_config", "no such", "7412"}};
-  for (const auto& c : refused) expectCode(c.code, server().set(c.setting, c.value));
+  expectSet("data_directory", "/x", "7413");
+  expectSet("block_size", "8193", "7413");
+  expectSet("transaction_isolation", "0", "7413");
+  expectSet("work_mem", "63", "7202");
+  expectSet("wal_level", "9", "7203");
+  expectSet("random_page_cost", "x", "7412");
+  expectSet("default_text_search_config", "no such", "7412");
   const std::string id = server().id("work_mem");
   const Process byPlain = server().knob({id, "5000", "-U", "plain"});
   expectCode("7414", byPlain.run());
@@ -224,9 +193,6 @@ TEST_F(Postgres, ChangesWhatItMayAndWhatHelps) {
     EXPECT_EQ(0, byPlain.run().status);
     EXPECT_EQ("5000", server().value("work_mem"));
   }
-  server().sql("REVOKE EXECUTE ON FUNCTION pg_conf_load_time() FROM public");
-  expectCode("7414", server().knob({id, "5500", "-U", "plain"}).run());
-  server().sql("GRANT EXECUTE ON FUNCTION pg_conf_load_time() TO public");
   // An error in a file: the server would load nothing.
   writeFile(server().data("test.conf"), "no_such_setting = 1\n");
   expectCode("7415", server().set("work_mem", "6000"));
@@ -238,27 +204,17 @@ TEST_F(Postgres, ChangesWhatItMayAndWhatHelps) {
   EXPECT_EQ("max_connections", server().sql(kWaiting));
   EXPECT_EQ(0, server().set("max_connections", "100").status);
   EXPECT_EQ("", server().sql(kWaiting));
-  import(entry(connections, "150") + entry(connections, "100"));
-  EXPECT_EQ("", server().sql(kWaiting));
   // One that the server writes in another way is in force as well.
   EXPECT_EQ(0, server().set("datestyle", "german").status);
   EXPECT_EQ("German, DMY", server().value("datestyle"));
-  // Taken back is also one that is stored and that the server has not read yet.
-  server().reset();
-  server().sql("ALTER SYSTEM SET work_mem = '8MB'");
-  EXPECT_EQ(0, server().set("work_mem", "4096").status);
-  EXPECT_EQ("work_mem = '4096'\n", server().written());
-  server().reset();
-  const std::string file = server().data("postgresql.conf");
-  const std::string lines = readFile(file);
-  writeFile(file, lines + "work_mem = 9MB\n");
-  EXPECT_EQ(0, server().set("work_mem", "4096").status);
-  EXPECT_EQ("work_mem = '4096'\n", server().written());
-  writeFile(file, lines);
-  // And one that the server cannot read, which is not the default.
-  writeFile(server().data("postgresql.auto.conf"), "work_mem = 'zzz'\n");
-  EXPECT_EQ(0, server().set("work_mem", "4096").status);
-  EXPECT_EQ("work_mem = '4096'\n", server().written());
+  // Taken back is also what stands in a file that the server has not read yet, or cannot read.
+  const std::pair<const char*, const char*> unread[] = {
+      {"postgresql.auto.conf", "8MB"}, {"postgresql.auto.conf", "zzz"}, {"test.conf", "9MB"}};
+  for (const auto& [file, value] : unread) {
+    server().reset();
+    writeFile(server().data(file), std::string("work_mem = ") + value + "\n");
+    expectSet("work_mem", "4096", "", "work_mem = '4096'\n");
+  }
 }
 
 TEST_F(Postgres, RefusesAChangeThatCouldNotTakeEffect) {
@@ -277,7 +233,6 @@ TEST_F(Postgres, RefusesAChangeThatCouldNotTakeEffect) {
       {"-cgeqo=off", "", "geqo", "on", "7420"},
       {ofPatroni, "", "wal_log_hints", "off", "7421"},
       {"", "allow_alter_system = off", "work_mem", "5000", "7422"},
-      {"", "allow_alter_system = off", "work_mem", "4096", ""},
   };
   server().sql(
       "ALTER ROLE postgres SET temp_buffers = 500; ALTER ROLE postgres SET work_mem = 500;"
@@ -286,8 +241,7 @@ TEST_F(Postgres, RefusesAChangeThatCouldNotTakeEffect) {
     if (c.options.empty() && server().version() < 17) continue;
     SCOPED_TRACE(c.options + c.line + c.value);
     server().restart(c.line + "\n", c.options);
-    expectCode(c.code, server().set(c.setting, c.value));
-    EXPECT_EQ("", server().written());
+    expectSet(c.setting, c.value, c.code);
     const std::string shown = server().knob({server().id(c.setting)}).run().out;
     EXPECT_EQ(!c.options.empty(), shown.find("command line") != std::string::npos) << shown;
   }
@@ -295,15 +249,12 @@ TEST_F(Postgres, RefusesAChangeThatCouldNotTakeEffect) {
   // Nobody can tell what the command line gives a setting that the role's own hides.
   std::filesystem::remove(server().data("postmaster.opts"));
   expectCode("7424", server().set("temp_buffers", "3000"));
-  const std::string shown = server().knob({server().id("temp_buffers")}).run().out;
-  EXPECT_NE(std::string::npos, shown.find("cannot be told")) << shown;
   server().restart();
   server().reset();
   const std::string file = server().data("postgresql.auto.conf");
   ASSERT_EQ(0, chmod(file.c_str(), 0400));
-  expectCode("7423", server().set("work_mem", "5000"));
+  expectSet("work_mem", "5000", "7423");
   ASSERT_EQ(0, chmod(file.c_str(), 0600));
-  EXPECT_EQ("", server().written());
 }
 
 TEST_F(Postgres, HasTheFirstChangeInForceAndTheOthersAfterALostConnection) {
@@ -329,13 +280,6 @@ TEST_F(Postgres, HasTheFirstChangeInForceAndTheOthersAfterALostConnection) {
   EXPECT_NE(std::string::npos, run.err.find("7426: ", lost + 1)) << run.err;
   EXPECT_EQ("off", server().sql("SHOW geqo"));
   EXPECT_EQ("5000", server().value("work_mem"));
-}
-
-TEST_F(Postgres, SeesALoadWhateverNumbersTheRoleIsShown) {
-  server().sql("ALTER ROLE postgres SET extra_float_digits = -5");
-  for (std::string const value : {"5000", "6000", "7000"}) {
-    EXPECT_EQ(0, server().set("work_mem", value).status);
-  }
 }
 
 TEST_F(Postgres, HasWhatItStoredInForceWhereverTheConnectionIsCut) {
@@ -390,8 +334,8 @@ TEST_F(Postgres, WaitsForTheServerBehindAPooler) {
   setting.join();
   EXPECT_EQ(0, run.status) << run.err;
   for (int i = 0; i < 3; ++i) {
-    const Outcome shown = knob(folder, {id, "-JSON", "-S", uri}).run();
-    EXPECT_EQ("5000", json::parse(shown.out)["value"]);
+    const std::string shown = knob(folder, {id, "-S", uri}).run().out;
+    EXPECT_NE(std::string::npos, shown.find("Current Value: 5000\n")) << shown;
   }
   ASSERT_EQ(0, kill(postmaster, SIGSTOP));
   run = set("6000");
@@ -402,7 +346,7 @@ TEST_F(Postgres, WaitsForTheServerBehindAPooler) {
 
 TEST_F(Postgres, TakesBackEveryValueThatItTellsAndTellsOfARestartRightly) {
   // Every type and context, several to a line.
-  std::string values =
+  std::istringstream values(
       R"(autovacuum=off|geqo=off|log_connections=on|ignore_system_indexes=on|work_mem=5000|
 track_commit_timestamp=on|max_connections=60|shared_buffers=2000|statement_timeout=99000|
 log_file_mode=416|temp_file_limit=1000000|checkpoint_timeout=600|random_page_cost=1.25|
@@ -410,13 +354,9 @@ wal_level=2|archive_mode=1|log_statement=2|intervalstyle=3|cluster_name=a b|
 log_line_prefix=%m 'x' \ %q|archive_command=test ! -f /a/%f && cp "%p" /a/%f|
 search_path=$user, "a,b", Public|datestyle=German, DMY|timezone=Europe/Berlin|
 shared_preload_libraries=auto_explain, pg_stat_statements|post_auth_delay=0|
-synchronous_standby_names=FIRST 1 ("x y", b)|)";
-  if (server().version() >= 12) values += "vacuum_cost_delay=1.5|ssl_max_protocol_version=4|";
-  std::istringstream changes(values);
-  for (std::string change; std::getline(changes, change, '|');) {
-    if (change.starts_with('\n')) change.erase(0, 1);
-    const std::size_t sign = change.find('=');
-    EXPECT_EQ(0, server().set(change.substr(0, sign), change.substr(sign + 1)).status) << change;
+synchronous_standby_names=FIRST 1 ("x y", b)|)");
+  for (std::string name, value; getline(getline(values >> std::ws, name, '='), value, '|');) {
+    EXPECT_EQ(0, server().set(name, value).status) << name;
   }
   server().restart();
   const std::string written = server().written();
@@ -448,21 +388,6 @@ synchronous_standby_names=FIRST 1 ("x y", b)|)";
   server().restart();
   auto again = server().settings();
   for (const auto& [name, setting] : told) EXPECT_EQ(setting, again[name]) << name;
-}
-
-TEST_F(Postgres, FindsThePrimary) {
-  const Server standby;
-  writeFile(standby.data(standby.version() < 12 ? "recovery.conf" : "standby.signal"),
-            "standby_mode = on\n");
-  standby.restart();
-  const std::string address =
-      "postgresql://postgres@/postgres?target_session_attrs=read-write&host=" + standby.folder() +
-      "," + server().folder() + "&port=" + standby.port() + "," + server().port();
-  const Outcome run = knob(server().folder(), {"123", "-JSON", "-S", address}).run();
-  EXPECT_EQ(server().port(), json::parse(run.out)["value"]);
-  EXPECT_EQ("t", standby.sql("SELECT pg_is_in_recovery()"));
-  EXPECT_EQ(0, standby.set("work_mem", "5000").status);
-  EXPECT_EQ("5000", standby.value("work_mem"));
 }
 
 }  // namespace

@@ -3,26 +3,15 @@
 #include <algorithm>
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
 #include <pwd.h>
 #include <sstream>
-#include <sys/socket.h>
 #include <unistd.h>
+
+#include "http/HttpDouble.h"
 
 namespace {
 
 bool canRun(const std::string& path) { return access(path.c_str(), X_OK) == 0; }
-
-std::string freePort() {
-  const int probe = socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  socklen_t size = sizeof address;
-  EXPECT_EQ(0, bind(probe, reinterpret_cast<sockaddr*>(&address), size));
-  EXPECT_EQ(0, getsockname(probe, reinterpret_cast<sockaddr*>(&address), &size));
-  close(probe);
-  return std::to_string(ntohs(address.sin_port));
-}
 
 }  // namespace
 
@@ -55,7 +44,7 @@ Server& Server::shared() {
   return server;
 }
 
-Server::Server() : port_(freePort()) {
+Server::Server() : port_(std::to_string(freePort())) {
   if (serverUser() != 0) {
     EXPECT_EQ(0, chown(folder().c_str(), serverUser(), static_cast<gid_t>(-1)));
   }
@@ -94,7 +83,6 @@ void Server::reset() const {
 std::string Server::run(std::vector<std::string> arguments, const std::string& input) const {
   if (arguments[0].find('/') == std::string::npos) arguments[0] = serverProgram(arguments[0]);
   Process process{std::move(arguments), {{"HOME", folder()}, {"LC_ALL", "C.UTF-8"}}, input};
-  process.environment["LOCPATH"] = folder() + "/locales";  // where a test may have made one
   process.folder = folder();
   process.user = serverUser();
   const Outcome done = process.run();

@@ -5,14 +5,14 @@
 #include <dlfcn.h>
 #include <functional>
 #include <gtest/gtest.h>
+#include <set>
 #include <tuple>
-#include <unistd.h>
-#include <vector>
 
 #include "support/Process.h"
 #include "support/TempFolder.h"
 #include "tuning/StoreConnection.h"
 #include "tuning/registry/Catalogue.h"
+#include "tuning/registry/ValueRules.h"
 
 namespace {
 
@@ -42,6 +42,22 @@ class TuningLibrary : public testing::Test {
   const TnHandle h = connection.handle;
 };
 
+TEST(Catalogue, IsSoundAndHoldsNothingTwice) {
+  const auto catalogue = tn::registry::Catalogue::compiledIn();
+  std::set<int32_t> restartIds;
+  std::set<std::string_view> names;
+  for (const auto& category : catalogue->categories()) {
+    for (const Setting& setting : category.settings) {
+      EXPECT_EQ(catalogue->setting(setting.id), &setting);
+      EXPECT_TRUE(names.insert(setting.name).second) << setting.name;
+      EXPECT_EQ(tn::registry::refusal(setting, setting.defaultValue), TN_SUCCESS) << setting.id;
+      const bool restart = setting.description.ends_with(". Takes effect after a restart.");
+      if (restart) restartIds.insert(setting.id);
+    }
+  }
+  EXPECT_TRUE(std::ranges::equal(restartIds, TN_RESTART_SETTINGS));
+}
+
 TEST_F(TuningLibrary, RefusesWhatACallerMustNotPass) {
   const int off = settingWith([](const Setting& s) { return !s.available; }).id;
   const int one = settingOfType(TN_TYPE_SINGLE_SELECTION).id;
@@ -49,72 +65,50 @@ TEST_F(TuningLibrary, RefusesWhatACallerMustNotPass) {
   EXPECT_NE(closed, Connection("file:x").handle) << "a handle was given out twice";
 
   int n = 30;
-  int negative = -1;
-  int ids[TN_SETTING_CAPACITY];
   int32_t value = 0;
   char text[TN_TEXT_SIZE];
-  TnCategoryRecord category{};
-  TnSettingRecord record{};
   const TnStatus null = TN_INVALID_ARGUMENT;
   const std::tuple<const char*, TnStatus, TnStatus> cases[] = {
       {"closed twice", TN_INVALID_HANDLE, TnDisconnect(closed)},
       {"never used", TN_SUCCESS, TnDisconnect(TN_LOCAL_HANDLE)},
       {"null server", null, TnConnectServer(nullptr, "", "", &value)},
-      {"null category count", null, TnGetCategoryListCount(h, nullptr)},
-      {"null category record", null, TnGetCategoryInfo(h, 1, nullptr)},
       {"null text", null, TnGetStringValue(h, kText, &n, nullptr, 2)},
-      {"null integer", null, TnGetLongValue(h, kNumber, nullptr, 2)},
-      {"null word", null, TnGetBooleanStrings(h, kNumber, &n, text, &n, nullptr)},
-      {"null item text", null, TnGetSelectionString(h, one, 0, &n, nullptr)},
-      {"null new text", null, TnSetStringValue(h, kText, nullptr, 2)},
       {"null new items", null, TnSetSelectionValue(h, one, 1, nullptr, 2)},
-      {"negative capacity", null, TnGetCategoryList(h, &negative, ids)},
-      {"boolean of 2", null, TnSetBooleanValue(h, kNumber, 2, 2)},
-      {"closed handle", TN_INVALID_HANDLE, TnGetSettingInfo(closed, kNumber, &record)},
-      {"no category", TN_UNKNOWN_CATEGORY, TnGetCategoryInfo(h, kNone, &category)},
-      {"help of none", TN_UNKNOWN_SETTING, TnGetSettingHelp(INT_MIN, &n, text)},
-      {"value of none", TN_UNKNOWN_SETTING, TnGetLongValue(h, kNone, &value, 2)},
+      {"closed handle", TN_INVALID_HANDLE, TnGetLongValue(closed, kNumber, &value, 2)},
+      {"no category", TN_UNKNOWN_CATEGORY, TnGetSettingList(h, kNone, &n, &value)},
       {"selector 0", TN_INVALID_SELECTOR, TnGetLongValue(h, kNumber, &value, 0)},
       {"new default", TN_DEFAULT_NOT_WRITABLE, TnSetLongValue(h, kNumber, 5, 1)},
       {"new default items", TN_DEFAULT_NOT_WRITABLE, TnSetSelectionValue(h, one, 1, &value, 1)},
       {"unavailable, read", TN_SETTING_UNAVAILABLE, TnGetLongValue(h, off, &value, 1)},
       {"integer for text", TN_WRONG_VALUE_TYPE, TnSetLongValue(h, kText, 5, 2)},
-      {"item -1", TN_UNKNOWN_ITEM, TnGetSelectionString(h, one, -1, &n, text)},
       {"item of none", TN_UNKNOWN_ITEM, TnGetSelectionString(h, one, INT_MAX, &n, text)}};
   for (const auto& [what, expected, actual] : cases) EXPECT_EQ(expected, actual) << what;
   EXPECT_EQ(0, TnIsSettingAvailable(h, kNone));
   TnStop(0);
   EXPECT_EQ(0, TnIsSettingAvailable(h, kNumber)) << "it is still open";
-  EXPECT_NE(0, TnIsSettingAvailable(TN_LOCAL_HANDLE, kNumber));
 }
 
 TEST_F(TuningLibrary, TellsTheNeededCapacityAndCutsNothing) {
   const int boolean = settingOfType(TN_TYPE_BOOLEAN).id;
-  char text[TN_TEXT_SIZE];
-  int32_t list[TN_CATEGORY_CAPACITY];
-  int other = TN_WORD_SIZE;
-  char word[TN_WORD_SIZE];
+  char text[TN_TEXT_SIZE], word[TN_WORD_SIZE];
+  auto* const list = reinterpret_cast<int32_t*>(text);
   ASSERT_EQ(TN_SUCCESS, connection.set("some text"));
+  const auto falseWord = [&](int* n) {
+    int other = TN_WORD_SIZE;
+    return TnGetBooleanStrings(h, boolean, &other, word, n, text);
+  };
   const std::tuple<const char*, int, std::function<TnStatus(int*)>> cases[] = {
       {"categories", 0, [&](int* n) { return TnGetCategoryList(h, n, list); }},
       {"text", 1, [&](int* n) { return TnGetStringValue(h, kText, n, text, 2); }},
-      {"true word", 1,
-       [&](int* n) { return TnGetBooleanStrings(h, boolean, n, text, &other, word); }},
-      {"false word", 1,
-       [&](int* n) { return TnGetBooleanStrings(h, boolean, &other, word, n, text); }}};
+      {"false word", 1, falseWord}};
   for (const auto& [what, terminator, call] : cases) {
-    SCOPED_TRACE(what);
     int needed = 0;
     std::memset(text, '#', sizeof text);
-    std::memset(list, '#', sizeof list);
-    ASSERT_EQ(TN_BUFFER_TOO_SMALL, call(&needed));
-    int less = needed - 1;
-    other = TN_WORD_SIZE;
-    EXPECT_EQ(TN_BUFFER_TOO_SMALL, call(&less));
+    ASSERT_EQ(TN_BUFFER_TOO_SMALL, call(&needed)) << what;
+    int less = needed - 1, written = needed;
+    EXPECT_EQ(TN_BUFFER_TOO_SMALL, call(&less)) << what;
     EXPECT_EQ(needed, less);
-    EXPECT_TRUE(text[0] == '#' && list[0] == 0x23232323) << "something was written";
-    other = TN_WORD_SIZE;
-    int written = needed;
+    EXPECT_TRUE(text[0] == '#' && text[1] == '#') << "something was written";
     EXPECT_EQ(TN_SUCCESS, call(&written));
     EXPECT_EQ(needed - terminator, written);
     EXPECT_TRUE(terminator == 0 || static_cast<size_t>(written) == std::strlen(text));
@@ -122,7 +116,6 @@ TEST_F(TuningLibrary, TellsTheNeededCapacityAndCutsNothing) {
 }
 
 TEST_F(TuningLibrary, TakesTheValuesOfASettingOnly) {
-  const Setting& number = settingWith([](const Setting& s) { return s.id == kNumber; });
   const int text = settingWith([](const Setting& s) { return s.type == 2 && s.minimum > 0; }).id;
   const auto longest =
       static_cast<size_t>(settingWith([](const Setting& s) { return s.id == kText; }).maximum);
@@ -134,26 +127,20 @@ TEST_F(TuningLibrary, TakesTheValuesOfASettingOnly) {
   };
   const auto past = static_cast<int32_t>(one.words.size());
   const std::tuple<const char*, TnStatus, TnStatus> cases[] = {
-      {"smallest", TN_SUCCESS, connection.set(number.minimum)},
-      {"too large", TN_VALUE_OUT_OF_RANGE, connection.set(int64_t{number.maximum} + 1)},
-      {"too small", TN_VALUE_OUT_OF_RANGE, connection.set(int64_t{number.minimum} - 1)},
-      {"wide", TN_VALUE_OUT_OF_RANGE, connection.set((int64_t{1} << 32) + number.maximum)},
+      {"too large", TN_VALUE_OUT_OF_RANGE, connection.set(3601)},
+      {"wide", TN_VALUE_OUT_OF_RANGE, connection.set((int64_t{1} << 32) + 5)},
       {"longest", TN_SUCCESS, connection.set(std::string(longest, 'y'))},
       {"too long", TN_VALUE_TOO_LONG, connection.set(std::string(longest + 1, 'y'))},
-      {"past any buffer", TN_VALUE_TOO_LONG, connection.set(std::string(100'000, 'y'))},
       {"line end", TN_CONTROL_CHARACTER, connection.set("a\nb")},
-      {"delete", TN_CONTROL_CHARACTER, connection.set("\x7f")},
-      {"empty", TN_EMPTY_VALUE, TnSetStringValue(h, text, "", TN_CURRENT_VALUE)},
       {"blank", TN_EMPTY_VALUE, TnSetStringValue(h, text, " \t", TN_CURRENT_VALUE)},
       {"past the last", TN_NOT_A_CHOICE, items(one, {past})},
-      {"before the first", TN_NOT_A_CHOICE, items(one, {-1})},
       {"two of one", TN_ONE_CHOICE_REQUIRED, items(one, {0, 1})},
       {"not in order", TN_SUCCESS, items(any, {1, 0})},
       {"twice", TN_DUPLICATE_CHOICE, items(any, {0, 1, 0})},
       {"no item", TN_EMPTY_VALUE, items(any, {})},
       {"too many", TN_VALUE_TOO_LONG, items(any, std::vector(TN_SELECTION_CAPACITY + 1, 0))}};
   for (const auto& [what, expected, actual] : cases) EXPECT_EQ(expected, actual) << what;
-  EXPECT_EQ(number.minimum, connection.number());
+  EXPECT_EQ(kDefaultNumber, connection.number());
   EXPECT_EQ(std::string(longest, 'y'), connection.text());
   int32_t kept[2] = {};
   int size = 2;
@@ -162,16 +149,9 @@ TEST_F(TuningLibrary, TakesTheValuesOfASettingOnly) {
 }
 
 TEST_F(TuningLibrary, KnowsTheFormsOfServerNames) {
-  setenv("XDG_STATE_HOME", folder.path().c_str(), 1);
-  char host[256] = {};
-  ASSERT_EQ(0, gethostname(host, sizeof host - 1));
-  for (const char* const name : {"LocalHost", static_cast<const char*>(host)}) {
-    EXPECT_EQ(TN_SUCCESS, Connection(name).status) << name;
-  }
   TnHandle none = TN_NO_HANDLE;
   EXPECT_EQ(TN_UNKNOWN_SERVER_FORM, TnConnectServer("file:", "", "", &none));
   EXPECT_EQ(TN_LOCAL_ENGINE_HAS_NO_USERS, TnConnectServer("file:x", "", "secret", &none));
-  EXPECT_EQ(TN_NO_HANDLE, none);
   // SQLite would give these a meaning of their own.
   for (const char* const name : {":memory:", "file:x", "x?mode=ro", "\xff"}) {
     EXPECT_TRUE(inChild([&] {

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "kz/Exception.h"
+#include "kz/Utf8.h"
 #include "kz/io/FileDescriptor.h"
 #include "kz/util/FilePath.h"
 
@@ -104,7 +105,7 @@ std::string_view trimmed(std::string_view text) {
 class StringBundle::Texts {
  public:
   explicit Texts(std::string content) : content_(std::move(content)) {
-    std::string_view rest = content_;
+    std::string_view rest = utf8::withoutByteOrderMark(content_);
     while (!rest.empty()) {
       const std::size_t end = std::min(rest.find('\n'), rest.size());
       addLine(rest.substr(0, end));
@@ -163,6 +164,7 @@ struct StringBundle::Source {
       if (now.number != 0) fresh.content = readFile(path);
     } catch (const ResultException& failure) {
       fresh.status = failure.getResult();
+      fresh.settled = false;  // the next look may have more luck
     }
     std::swap(*this, fresh);
     return content != fresh.content;

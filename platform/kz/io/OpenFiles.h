@@ -9,7 +9,7 @@ namespace kz::io {
 
 // Whether the path leads to a regular file that this process opened itself and still holds: the
 // same file by device and number, by whatever name. Descriptors that the process was started with
-// do not count. False where the system does not tell.
+// do not count.
 bool isOpenHere(const std::string& path);
 
 }  // namespace kz::io

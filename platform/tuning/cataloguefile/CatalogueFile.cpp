@@ -190,7 +190,7 @@ std::shared_ptr<const registry::Catalogue> Reader::makeCatalogue() {
     for (const CatalogueSetting& setting : category.settings) byId.push_back(&setting);
   }
   std::ranges::sort(byId, {}, &CatalogueSetting::id);
-  tables_->catalogue.emplace(tables_->categories, byId, registry::Origin::users);
+  tables_->catalogue.emplace(tables_->categories, byId);
   return {tables_, &*tables_->catalogue};
 }
 

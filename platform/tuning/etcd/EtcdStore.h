@@ -35,7 +35,6 @@ class EtcdStore final : public registry::Store {
   std::map<int32_t, std::string> readAll() override;
   // TN_ETCD_OUTCOME_UNKNOWN when it cannot be found out whether the value was stored.
   void write(int32_t settingId, const std::string& value) override;
-  TnStatus damagedStatus() const noexcept override { return TN_REGISTRY_DAMAGED; }
 
  private:
   struct Kept {

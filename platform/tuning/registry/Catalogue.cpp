@@ -66,7 +66,7 @@ constexpr auto sortSettings() {
 
 // Sorted by the compiler.
 constexpr auto kSettingsById = sortSettings();
-constexpr Catalogue kCompiledIn(kCategories, kSettingsById, Origin::compiledIn);
+constexpr Catalogue kCompiledIn(kCategories, kSettingsById);
 
 }  // namespace
 

@@ -43,10 +43,6 @@ struct CatalogueCategory {
   std::span<const CatalogueSetting> settings;
 };
 
-// Who wrote a catalogue. Its users may tighten the limits of a setting that has a value already;
-// the compiled one never refuses what it once took.
-enum class Origin { compiledIn, users };
-
 class Catalogue {
  public:
   // The settings that are compiled in. Nothing is allocated or built for them at run time.
@@ -55,20 +51,18 @@ class Catalogue {
   // Over tables that live at least as long as the catalogue. Ids are unique, `settingsById` holds
   // every setting of the categories by ascending id.
   constexpr Catalogue(std::span<const CatalogueCategory> categories,
-                      std::span<const CatalogueSetting* const> settingsById, Origin origin)
-      : categories_(categories), settingsById_(settingsById), origin_(origin) {}
+                      std::span<const CatalogueSetting* const> settingsById)
+      : categories_(categories), settingsById_(settingsById) {}
 
   // In display order.
   std::span<const CatalogueCategory> categories() const { return categories_; }
   // Null for an id that does not exist.
   const CatalogueCategory* category(int32_t categoryId) const;
   const CatalogueSetting* setting(int32_t settingId) const;
-  Origin origin() const { return origin_; }
 
  private:
   std::span<const CatalogueCategory> categories_;
   std::span<const CatalogueSetting* const> settingsById_;
-  Origin origin_;
 };
 
 }  // namespace tn::registry

@@ -147,10 +147,7 @@ std::string_view LocalEngine::value(const CatalogueSetting& setting, Selector se
   if (selector == Selector::defaultValue) return setting.defaultValue;
   const auto kept = values().find(setting.id);
   if (kept == values().end()) return setting.defaultValue;
-  if (refusal(setting, kept->second) != TN_SUCCESS) {
-    const bool damaged = catalogue_->origin() == Origin::compiledIn;
-    throw TuningError(damaged ? store_->damagedStatus() : TnStatus{TN_VALUE_OUTSIDE_CATALOGUE});
-  }
+  if (refusal(setting, kept->second) != TN_SUCCESS) throw TuningError(TN_VALUE_OUTSIDE_CATALOGUE);
   return kept->second;
 }
 

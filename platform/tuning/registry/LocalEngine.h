@@ -3,10 +3,9 @@
 // keeps them.
 //
 // Values are read from the store all at once, before each change, and when one is asked for after a
-// change. A kept value that the compiled catalogue does not allow can only come from a store that
-// was tampered with: reading it throws the store's status for that. With a catalogue of its users
-// it is one that was tightened since: TN_VALUE_OUTSIDE_CATALOGUE. Setting the setting anew repairs
-// both. Kept values of settings that the catalogue does not know are left alone.
+// change. Reading a kept value that the catalogue does not allow throws TN_VALUE_OUTSIDE_CATALOGUE:
+// the catalogue was tightened since, or something else wrote into the store. Setting the setting
+// anew repairs it. Kept values of settings that the catalogue does not know are left alone.
 #ifndef KNOB_TUNING_REGISTRY_LOCAL_ENGINE_H
 #define KNOB_TUNING_REGISTRY_LOCAL_ENGINE_H
 

@@ -31,7 +31,6 @@ class SqliteStore : public Store {
   // Besides the common conditions: a change that was cut off by the end of its process is undone
   // first, which needs the right to write (else TN_STORE_NOT_WRITABLE).
   std::map<int32_t, std::string> readAll() override;
-  TnStatus damagedStatus() const noexcept override { return TN_STORE_DAMAGED; }
   // TN_STORE_UNSYNCED: the value is kept, but the system could not make sure that it lasts.
   void write(int32_t settingId, const std::string& value) override;
 

@@ -11,8 +11,6 @@
 #include <map>
 #include <string>
 
-#include "service/TuningInterface.h"
-
 namespace tn::registry {
 
 class Store {
@@ -27,8 +25,6 @@ class Store {
   // Keeps the value; returns when it is durable. Creates the store when there is none. Changes that
   // other processes make to other settings at the same time are not lost.
   virtual void write(int32_t settingId, const std::string& value) = 0;
-  // The status of a kept value that cannot have been written by knob.
-  virtual TnStatus damagedStatus() const noexcept = 0;
 };
 
 }  // namespace tn::registry
