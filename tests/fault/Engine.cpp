@@ -47,7 +47,7 @@ Engine makeLocal(const std::string& home) {
   knob(home, {"25", "7", "-S", server}).run();
   const auto state = [folder] { return filesIn(folder); };
   const auto reset = [folder, first = filesIn(folder)] { replaceFiles(folder, first); };
-  return {server, kIds, "64", state, exportedValues(home, server), reset, 0, 16};
+  return {server, kIds, "64", state, exportedValues(home, server), reset, 0, 15};
 }
 
 #ifdef KNOB_POSTGRESQL

@@ -25,7 +25,7 @@ std::vector<long> spread(long count, long usual) {
   const char* const asked = std::getenv("KNOB_FAULT_RUNS");
   const long most = asked != nullptr ? std::atol(asked) : usual;
   const long ends = std::max(1L, most / 4);
-  const long step = std::max(1L, count / std::max(1L, most - 2 * ends));
+  const long step = std::max(1L, count / std::max(1L, most - 2 * ends + 1));
   std::vector<long> chosen;
   for (long n = 1; n <= count; ++n) {
     if (n <= ends || n > count - ends || n % step == 0) chosen.push_back(n);
@@ -54,7 +54,7 @@ class OnEngine : public Harness {
     for (const auto direction : {Proxy::toServer, Proxy::toClient}) {
       const long last = whole.passed(direction);
       chosen.emplace_back(direction, last - 6);  // before PostgreSQL's last message
-      for (const long n : spread(last, 4 * (engine.calls - 1))) {
+      for (const long n : spread(last, 3 * (engine.calls - 1))) {
         chosen.emplace_back(direction, n - 1);
       }
     }
