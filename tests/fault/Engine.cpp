@@ -1,12 +1,11 @@
-#include "fault/Engine.h"
-
 #include <sstream>
 #include <unistd.h>
 
-#include "support/Process.h"
-#include "support/TempFolder.h"
+#include "fault/Harness.h"
+
 #ifdef KNOB_POSTGRESQL
 #include "postgresql/Server.h"
+#include "tuning/postgresql/KnownSettings.h"
 #endif
 #ifdef KNOB_ETCD
 #include "etcd/Cluster.h"
@@ -25,123 +24,86 @@ const std::vector<std::string> kIds = {"25", "7",  "8",  "9",   "10",  "13", "16
                                        "69", "64", "66", "179", "201", "72"};
 
 // What an export says of all settings.
-Values exportedValues(const std::string& home, const std::string& server) {
-  const std::string file = home + "/values";
-  Values values;
-  if (knob(home, {"-O", file, "-F", "-S", server}).run().status != 0) return values;
-  std::istringstream lines(readFile(file));
-  std::string id;
-  for (std::string line; std::getline(lines, line);) {
-    if (line.starts_with("\tSetting ID: ")) id = line.substr(13);
-    if (line.starts_with("\tCurrent Value:")) values[id] = line.substr(15);
-  }
-  fs::remove(file);
-  return values;
+std::function<Texts()> exportedValues(const std::string& home, const std::string& server) {
+  return [=] {
+    Texts values;
+    const std::string file = home + "/values";
+    if (knob(home, {"-O", file, "-F", "-S", server}).run().status != 0) return values;
+    std::istringstream lines(readFile(file));
+    std::string id;
+    for (std::string line; std::getline(lines, line);) {
+      if (line.starts_with("\tSetting ID: ")) id = line.substr(13);
+      if (line.starts_with("\tCurrent Value:")) values[id] = line.substr(15);
+    }
+    fs::remove(file);
+    return values;
+  };
 }
 
 Engine makeLocal(const std::string& home) {
   const std::string folder = home + "/store";
-  const std::string store = folder + "/settings.db";
-  const std::string server = "file:" + store;
+  const std::string server = "file:" + folder + "/settings.db";
   fs::create_directory(folder);
   knob(home, {"25", "7", "-S", server}).run();
-  const std::string before = readFile(store);
-  const auto state = [folder] {
-    std::map<std::string, std::string> files;
-    for (auto const& file : fs::directory_iterator(folder)) {
-      files[file.path()] = readFile(file.path());
-    }
-    std::string all;
-    for (auto const& [path, content] : files) all += path + "\n" + content;
-    return all;
-  };
-  const auto reset = [folder, store, before] {
-    for (auto const& file : fs::directory_iterator(folder)) {
-      if (file.path() != store) fs::remove(file);
-    }
-    writeFile(store, before);
-  };
-  const auto values = [home, server] { return exportedValues(home, server); };
-  return {server, kIds, "64", state, values, reset, {}, 0, 24};
+  const auto state = [folder] { return filesIn(folder); };
+  const auto reset = [folder, first = filesIn(folder)] { replaceFiles(folder, first); };
+  return {server, kIds, "64", state, exportedValues(home, server), reset, 0, 15};
 }
 
-// Of PostgreSQL, with integers for values: a session may set all but the first of them, so that a
-// cluster does not have to try each.
-const std::vector<std::string> kNames = {
-    "checkpoint_timeout",
-    "work_mem",
-    "commit_siblings",
-    "statement_timeout",
-    "lock_timeout",
-    "idle_in_transaction_session_timeout",
-    "vacuum_cost_limit",
-    "vacuum_cost_page_hit",
-    "vacuum_cost_page_miss",
-    "vacuum_cost_page_dirty",
-    "effective_io_concurrency",
-    "deadlock_timeout",
-    "default_statistics_target",
-    "from_collapse_limit",
-    "join_collapse_limit",
-    "geqo_threshold",
-    "geqo_pool_size",
-    "geqo_generations",
-    "gin_pending_list_limit",
-    "vacuum_freeze_min_age",
-};
-
 #ifdef KNOB_POSTGRESQL
-Engine makePostgres(const std::string&) {
-  const Server& server = Server::shared();
-  server.reset();
-  std::map<std::string, std::string> idOf;
+// With integers for values: a session may set all but the first of them, so that a cluster does not
+// have to try each.
+constexpr const char* kNames[] = {
+    "checkpoint_timeout",      "wal_skip_threshold",       "commit_siblings",
+    "statement_timeout",       "gin_fuzzy_search_limit",   "backend_flush_after",
+    "vacuum_cost_limit",       "vacuum_cost_page_hit",     "vacuum_cost_page_miss",
+    "vacuum_cost_page_dirty",  "effective_io_concurrency", "deadlock_timeout",
+    "vacuum_freeze_table_age", "from_collapse_limit",      "join_collapse_limit",
+    "geqo_threshold",          "geqo_pool_size",           "geqo_generations",
+    "gin_pending_list_limit",  "vacuum_freeze_min_age"};
+
+// `state` tells the values of some of them by name.
+Engine engineOfNames(const std::string& server, int port, const std::function<Texts()>& state,
+                     const std::function<void()>& reset) {
   std::vector<std::string> ids;
-  for (const std::string& name : kNames) ids.push_back(idOf[name] = server.id(name));
-  const auto values = [idOf, &server] {
-    Values all;
-    for (auto const& [name, id] : idOf) all[id] = "";
-    std::istringstream lines(server.written());
-    for (std::string name, equals, value; lines >> name >> equals >> value;) {
-      all[idOf.at(name)] = value;
-    }
+  for (const char* const name : kNames) {
+    ids.push_back(std::to_string(tn::postgresql::KnownSettings::find(name)->id));
+  }
+  const auto values = [state, ids] {
+    Texts stored = state();
+    Texts all;
+    for (std::size_t i = 0; i < ids.size(); ++i) all[ids[i]] = stored[kNames[i]];
     return all;
   };
-  const auto serverAt = [](int port) {
-    return "postgresql://postgres@127.0.0.1:" + std::to_string(port) +
-           "/postgres?connect_timeout=2&sslmode=disable&gssencmode=disable";
+  reset();
+  return {server, ids, "99", state, values, reset, port};
+}
+
+Engine makePostgres(const std::string&) {
+  const Server& server = Server::shared();
+  const auto state = [&server] {
+    Texts all;
+    std::istringstream lines(server.written());
+    for (std::string name, equals; lines >> name >> equals;) lines >> all[name];
+    return all;
   };
-  const int port = std::stoi(server.port());
-  return {serverAt(port), ids,
-          "99",           [&server] { return server.written(); },
-          values,         [&server] { server.reset(); },
-          serverAt,       port};
+  return engineOfNames("postgresql://postgres@127.0.0.1:" + server.port() +
+                           "/postgres?connect_timeout=2&sslmode=disable&gssencmode=disable",
+                       std::stoi(server.port()), state, [&server] { server.reset(); });
 }
 #endif
 
 #ifdef KNOB_ETCD
-constexpr char kPrefix[] = "/faults";
-
 Engine makeEtcd(const std::string& home) {
   static Cluster cluster(1);
-  const auto serverAt = [](int port) {
-    return "etcd://127.0.0.1:" + std::to_string(port) + kPrefix;
-  };
-  const std::string server = serverAt(cluster.port(0));
+  const std::string server = cluster.address("/faults");
+  const auto state = [] { return Texts{{"", cluster.ctl({"get", "--prefix", "/faults"})}}; };
   const auto reset = [home, server] {
-    cluster.ctl({"del", "--prefix", kPrefix});
+    cluster.ctl({"del", "--prefix", "/faults"});
     knob(home, {kIds[0], "7", "-S", server}).run();
   };
   reset();
-  return {server,
-          kIds,
-          "64",
-          [] {
-            return cluster.ctl({"get", "--prefix", kPrefix});
-          },
-          [home, server] { return exportedValues(home, server); },
-          reset,
-          serverAt,
-          cluster.port(0)};
+  return {server, kIds, "64", state, exportedValues(home, server), reset, cluster.port(0)};
 }
 #endif
 
@@ -150,62 +112,53 @@ Engine makeEtcd(const std::string& home) {
 Engine makePatroni(const std::string&) {
   static const PatroniCluster cluster;
   const std::size_t leader = cluster.leader();
-  const auto stored = [] {
-    const auto configuration = cluster.configuration();
-    return configuration["postgresql"].value("parameters", nlohmann::json::object());
-  };
-  const auto values = [stored] {
-    const auto parameters = stored();
-    Values all;
-    for (const std::string& name : kNames) {
-      all[PatroniCluster::id(name)] = parameters.contains(name) ? parameters[name].dump() : "";
-    }
+  const auto state = [] {
+    Texts all;
+    auto configuration = cluster.configuration();
+    const auto& parameters = configuration["postgresql"]["parameters"];
+    for (const auto& [name, value] : parameters.items()) all[name] = value.dump();
     return all;
   };
   // Members follow in their own time; the next run would still find what is taken back here.
   const auto reset = [leader] {
     cluster.configure(R"({"postgresql":{"parameters":null}})");
-    std::string names;
-    for (const std::string& name : kNames) names += ",'" + name + "'";
-    const std::string followed =
-        "SELECT count(*) = 0 FROM pg_settings WHERE setting = '99' AND name IN (''" + names + ")";
-    while (cluster.sql(leader, followed) != "t") usleep(20'000);
+    const std::string notYet = "SELECT count(*) FROM pg_settings WHERE setting = '99'";
+    while (cluster.sql(leader, notYet) != "0") usleep(20'000);
   };
-  const auto serverAt = [](int port) {
-    return "patroni://postgres@127.0.0.1:" + std::to_string(port) + "/postgres?connect_timeout=2";
-  };
-  const std::string api = cluster.endpoint(leader);
-  const int port = std::stoi(api.substr(api.rfind(':') + 1));
-  std::vector<std::string> ids;
-  for (const std::string& name : kNames) ids.push_back(PatroniCluster::id(name));
-  reset();
-  return {serverAt(port),
-          ids,
-          "99",
-          [stored] { return stored().dump(); },
-          values,
-          reset,
-          serverAt,
-          port,
-          2,
-          {{"PATRONI_RESTAPI_USERNAME", "admin"}, {"PATRONI_RESTAPI_PASSWORD", "right"}}};
+  const std::string server = cluster.address(leader);
+  const int port = std::stoi(server.substr(server.rfind(':') + 1));
+  Engine engine = engineOfNames(server + "?connect_timeout=2", port, state, reset);
+  engine.calls = 2;
+  engine.environment = {{"PATRONI_RESTAPI_USERNAME", "admin"},
+                        {"PATRONI_RESTAPI_PASSWORD", "right"}};
+  return engine;
 }
 #endif
 
 }  // namespace
 
-const std::vector<EngineKind>& engineKinds() {
-  static const std::vector<EngineKind> kinds = {
-      {"local", [] { return ""; }, makeLocal},
+const std::vector<EngineKind> kEngineKinds = {
+    {"local", [] { return ""; }, makeLocal},
 #ifdef KNOB_POSTGRESQL
-      {"postgresql", Server::obstacle, makePostgres},
+    {"postgresql", Server::obstacle, makePostgres},
 #endif
 #ifdef KNOB_ETCD
-      {"etcd", Cluster::obstacle, makeEtcd},
+    {"etcd", Cluster::obstacle, makeEtcd},
 #endif
 #ifdef KNOB_PATRONI
-      {"patroni", PatroniCluster::obstacle, makePatroni},
+    {"patroni", PatroniCluster::obstacle, makePatroni},
 #endif
-  };
-  return kinds;
+};
+
+Texts filesIn(const std::string& folder) {
+  Texts files;
+  for (const auto& file : fs::recursive_directory_iterator(folder)) {
+    if (file.is_regular_file()) files[file.path()] = readFile(file.path());
+  }
+  return files;
+}
+
+void replaceFiles(const std::string& folder, const Texts& by) {
+  for (const auto& file : fs::directory_iterator(folder)) fs::remove(file);
+  for (const auto& [path, content] : by) writeFile(path, content);
 }

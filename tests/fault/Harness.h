@@ -11,57 +11,77 @@
 #ifndef KNOB_TESTS_FAULT_HARNESS_H
 #define KNOB_TESTS_FAULT_HARNESS_H
 
-#include "fault/Engine.h"
+#include <gtest/gtest.h>
+#include <set>
+
 #include "support/Process.h"
 #include "support/TempFolder.h"
 
-struct Command {
+using Texts = std::map<std::string, std::string>;
+
+// An engine as the tests see it.
+struct Engine {
+  std::string server;            // its name, for -S
+  std::vector<std::string> ids;  // 20 integer settings that take `value` and have another now
+  std::string value;
+  std::function<Texts()> state;   // all that is stored
+  std::function<Texts()> values;  // what is stored, by setting id, as a later run finds it
+  std::function<void()> reset;    // what is stored becomes what it was at first
+  int port = 0;                   // in `server`, where a proxy may take its place; 0 for no server
+  long calls = 3;                 // how many calls of each kind fail in a usual sweep
+  Texts environment{};            // that the program needs for it
+};
+
+struct EngineKind {
   std::string name;
+  std::function<std::string()> obstacle;  // why there can be none here; empty when there can
+  std::function<Engine(const std::string& home)> make;
+};
+
+// Those that were built: each sweep runs on all that are there.
+extern const std::vector<EngineKind> kEngineKinds;
+
+struct Command {
   std::vector<std::string> arguments;
   std::vector<std::string> changes{};  // ids, in the order of their changes
 };
 
-class Harness {
- public:
-  enum class Reports { arrive, mayBeLost };
+class Harness : public testing::TestWithParam<EngineKind> {
+ protected:
+  void SetUp() override;
+  std::map<std::string, Command> commands() const;  // by name
 
-  explicit Harness(const EngineKind& kind);
+  // `port`: of what stands before the server.
+  Process program(const Command& command, int port = 0) const;
+  // With the fault library in front, which has these variables.
+  Process faulted(const Command& command, const Texts& variables) const;
 
-  const Engine& engine() const { return engine_; }
-  const std::string& home() const { return home_.path(); }
-  std::vector<Command> commands() const;
-
-  Process program(const Command& command) const;
-  // The same with the fault library in front; `fault` is FAULT's value, empty for none.
-  Process faulted(const Command& command, const std::string& fault) const;
-  // How often the unharmed command makes calls of the kind.
-  long count(const Command& command, const std::string& kind) const;
-
-  // Runs the command unharmed, to know what check() may expect, and takes its changes back.
+  // Runs the command unharmed, to know what may be expected, and takes its changes back.
   void learn(const Command& command);
-  // The values that a command has begun with and was to give, where they are others.
-  void expect(const Values& old, const Values& wanted) { old_ = old, wanted_ = wanted; }
-  void check(const Command& command, const Outcome& run, Reports reports = Reports::arrive);
-  // Only what is stored: after a command that was killed.
-  void checkValues(const Command& command, const std::string& told);
+  // Checks that it ends by itself, in time.
+  static Outcome run(const Process& process);
+  // Checks everything. `mute`: what it prints may be lost.
+  Outcome check(const Command& command, const Process& process, bool mute = false);
+  // Only what is stored, for a command that was killed.
+  void checkValues(const Command& command, const std::string& told = "");
   void checkLaterRun(const Command& command);
   void reset() const;
+  const Texts& values();  // found out once for each state of the engine
 
-  const Values& values();  // found out once for each state of the engine
-  const Values& old() const { return old_; }
-  const Values& wanted() const { return wanted_; }
+  const TempFolder home{};
+  Engine engine{};
+  // The values that a command begins with and is to give.
+  Texts old{}, wanted{};
 
  private:
-  std::string files() const;  // the names of all files but those of the tests
-  bool exportIsWhole() const { return readFile(output_) == wantedOutput_; }
-
-  const TempFolder home_{};
-  const std::string output_ = home_ / "export";
-  const Engine engine_;
-  const std::string first_ = engine_.state();
-  std::map<std::string, Values> valuesOf_{};
-  Values old_{}, wanted_{};
-  std::string wantedOut_{}, wantedOutput_{}, wantedFiles_{};
+  const std::string output_ = home / "export";
+  Texts first_{}, wantedFiles_{};
+  std::map<Texts, Texts> valuesOf_{};
+  std::string wantedOut_{}, wantedOutput_{};
 };
+
+// The files of a folder with their contents.
+Texts filesIn(const std::string& folder);
+void replaceFiles(const std::string& folder, const Texts& by);
 
 #endif

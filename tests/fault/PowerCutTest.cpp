@@ -1,123 +1,167 @@
 // What the local engine's store holds after a cut of the power at any point of a change, or after
 // the program was killed.
+#include <algorithm>
 #include <chrono>
 #include <csignal>
-#include <gtest/gtest.h>
+#include <sstream>
+#include <thread>
 
-#include "fault/Disk.h"
 #include "fault/Harness.h"
 
 namespace {
 
-namespace fs = std::filesystem;
+// One thing that a run did to files, as the fault library records it.
+struct Step {
+  std::string kind;  // create, write, truncate, unlink, sync
+  std::string path;
+  std::size_t offset;
+  std::string bytes;
+  std::string settledBy;  // by whose sync it reaches the disk: names by that of their folder
+};
 
-const std::string kTimeout = "/usr/bin/timeout";
+// `size`: as many bytes of a write.
+void apply(const Step& step, Texts& files, std::size_t size) {
+  if (step.kind == "create") files[step.path];
+  if (step.kind == "unlink") files.erase(step.path);
+  const auto file = files.find(step.path);
+  if (file == files.end()) return;  // its name never reached the disk
+  std::string& content = file->second;
+  if (step.kind == "truncate") content.resize(step.offset);
+  if (step.kind != "write") return;
+  content.resize(std::max(content.size(), step.offset + size));
+  content.replace(step.offset, size, step.bytes, 0, size);
+}
 
-class LocalStore : public testing::Test {
+// What a disk may hold after the power went. What was synced is there; of the rest, bounded:
+// nothing, all, any one or two things, all but any one or two, and any one torn in the middle.
+std::set<Texts> afterCut(const Texts& before, const std::vector<Step>& steps) {
+  std::vector<bool> settled;
+  for (auto step = steps.begin(); step != steps.end(); ++step) {
+    const auto settles = [&](const Step& later) {
+      return later.kind == "sync" && later.path == step->settledBy;
+    };
+    settled.push_back(std::any_of(step, steps.end(), settles));
+  }
+  std::set<Texts> possible;
+  // So many halves are kept of one or two loose steps, and of the other ones.
+  const auto build = [&](std::size_t one, std::size_t two, std::size_t halves, std::size_t others) {
+    Texts files = before;
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+      const std::size_t kept = settled[i] ? 2 : i == one || i == two ? halves : others;
+      if (kept > 0) apply(steps[i], files, steps[i].bytes.size() * kept / 2);
+    }
+    possible.insert(std::move(files));
+  };
+  build(steps.size(), steps.size(), 0, 0);
+  build(steps.size(), steps.size(), 2, 2);
+  for (std::size_t i = 0; i < steps.size(); ++i) {
+    if (settled[i]) continue;
+    build(i, i, 1, 2);
+    for (std::size_t j = i; j < steps.size(); ++j) {
+      if (settled[j]) continue;
+      build(i, j, 2, 0);
+      build(i, j, 0, 2);
+    }
+  }
+  return possible;
+}
+
+Process killedAfter(double seconds, Process process) {
+  process.arguments.insert(process.arguments.begin(),
+                           {"/usr/bin/timeout", "-s", "KILL", std::to_string(seconds)});
+  return process;
+}
+
+bool reports(const Outcome& end) { return end.out.find(" was updated.") != end.out.npos; }
+
+class LocalStore : public Harness {
  protected:
-  Command command(const std::string& name) const {
-    for (const Command& each : harness.commands()) {
-      if (each.name == name) return each;
+  // What it does to files of the store is added to `steps`.
+  Outcome record(const Command& change, std::vector<Step>& steps, double seconds = 60) const {
+    const TempFolder records;
+    const std::string file = records / "trace";
+    const Outcome end = killedAfter(seconds, faulted(change, {{"FAULT_TRACE", file}})).run();
+    std::istringstream trace(readFile(file));
+    Step step{};
+    for (std::size_t size = 0; trace >> step.kind >> step.path >> step.offset >> size;) {
+      trace.get();
+      step.bytes.resize(size);
+      trace.read(step.bytes.data(), static_cast<std::streamsize>(size));
+      const bool name = step.kind == "create" || step.kind == "unlink";
+      step.settledBy = name ? folder : step.path;
+      if (step.path.starts_with(folder)) steps.push_back(step);
     }
-    throw std::invalid_argument(name);
-  }
-
-  Disk::Files files() const {
-    Disk::Files all;
-    for (const auto& file : fs::directory_iterator(folder)) {
-      all[file.path()] = readFile(file.path());
-    }
-    return all;
-  }
-  void replaceFiles(const Disk::Files& by) const {
-    for (const auto& file : fs::directory_iterator(folder)) fs::remove(file);
-    for (const auto& [path, content] : by) writeFile(path, content);
+    return end;
   }
 
   // Runs the command on the store that is there now, and loads what may be left by a cut at every
   // stride-th step and at the end.
-  void cut(const Command& change, std::size_t stride) {
-    const Disk::Files before = files();
-    const Values old = harness.values();
-    fs::remove(trace);
-    Process process = harness.faulted(change, "");
-    process.environment["FAULT_TRACE"] = trace;
-    ASSERT_EQ(0, process.run().status);
-    const Values wanted = harness.values();
+  void cut(const std::string& name, std::size_t stride) {
+    const Command change = commands().at(name);
+    const Texts before = filesIn(folder);
+    std::vector<Step> steps;
+    old = values();
+    ASSERT_EQ(0, record(change, steps).status);
+    wanted = values();
     ASSERT_NE(old, wanted);
-    harness.expect(old, wanted);
-    const Disk disk(trace, folder, before);
-    ASSERT_GT(disk.steps(), 5U);
-    for (std::size_t step = disk.steps() % stride; step <= disk.steps(); step += stride) {
-      for (const Disk::Files& left : disk.afterCut(step)) {
-        SCOPED_TRACE(change.name + " " + std::to_string(step));
-        replaceFiles(left);
+    ASSERT_GT(steps.size(), 5U);
+    for (std::size_t count = steps.size() % stride; count <= steps.size(); count += stride) {
+      const auto end = steps.begin() + static_cast<std::ptrdiff_t>(count);
+      for (const Texts& left : afterCut(before, {steps.begin(), end})) {
+        SCOPED_TRACE(name + " " + std::to_string(count));
+        replaceFiles(folder, left);
         ++built;
-        harness.checkValues(change, "");
-        EXPECT_TRUE(step < disk.steps() || harness.values() == wanted) << "it was reported";
+        checkValues(change);
+        EXPECT_TRUE(count < steps.size() || values() == wanted) << "it was reported";
         if (HasFailure()) return;
       }
     }
   }
 
-  Harness harness{engineKinds().front()};
-  const std::string folder = harness.home() + "/store";
-  const std::string trace = harness.home() + "/trace";
+  const std::string folder = home / "store";
+  const char* const asked = std::getenv("KNOB_KILLS");
+  const int kills = asked != nullptr ? std::atoi(asked) : 300;
   int built = 0;
 };
 
-TEST_F(LocalStore, HoldsTheOldOrTheNewValuesWhenThePowerIsCut) {
+TEST_P(LocalStore, HoldsTheOldOrTheNewValuesWhenThePowerIsCut) {
   for (const auto& [name, stride] : {std::pair{"set", 1U}, std::pair{"import", 11U}}) {
-    harness.reset();
-    cut(command(name), stride);
-    replaceFiles({});  // the first change of all, which makes the store
-    cut(command(name), stride);
+    reset();
+    cut(name, stride);
+    replaceFiles(folder, {});  // the first change of all, which makes the store
+    cut(name, stride);
   }
   RecordProperty("states", built);
 }
 
-// At times spread over the whole run; KNOB_KILLS=N for so many.
-TEST_F(LocalStore, HoldsTheOldOrTheNewValuesWhenItsWritersAreKilled) {
-  const char* const asked = std::getenv("KNOB_KILLS");
-  const int kills = asked != nullptr ? std::atoi(asked) : 300;
+// At times spread over the whole run.
+TEST_P(LocalStore, HoldsTheOldOrTheNewValuesWhenItsWritersAreKilled) {
   constexpr int kMoments = 97;
   int killed = 0;
   int within = 0;  // between the first and the last thing done to a file
-  for (std::string const name : {"set", "import"}) {
-    const Command change = command(name);
-    harness.learn(change);
-    replaceFiles({});
-    const Values defaults = harness.values();
-    const Values old = harness.old();
-    std::size_t steps = 0;
-    double seconds = 60;
-    for (int i = -1; i < kills / 2; ++i) {
-      const bool first = i % 2 == 1;
-      first ? replaceFiles({}) : harness.reset();
-      harness.expect(first ? defaults : old, harness.wanted());
-      fs::remove(trace);
-      Process process = harness.faulted(change, "");
-      process.environment["FAULT_TRACE"] = trace;
-      const double moment = i < 0 ? seconds : seconds * (i % kMoments + 1) / kMoments;
-      process.arguments.insert(process.arguments.begin(),
-                               {kTimeout, "-s", "KILL", std::to_string(moment)});
-      const auto begin = std::chrono::steady_clock::now();
-      const Outcome run = process.run();
-      const std::size_t done = Disk(trace, folder, {}).steps();
-      fs::remove(trace);
+  for (const std::string name : {"set", "import"}) {
+    const Command change = commands().at(name);
+    learn(change);
+    replaceFiles(folder, {});
+    const Texts begun[] = {old, values()};
+    std::vector<Step> whole;
+    const auto begin = std::chrono::steady_clock::now();
+    record(change, whole);
+    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin;
+    for (int i = 0; i < kills / 2; ++i) {
+      reset();
+      if (i % 2 == 1) replaceFiles(folder, {});
+      old = begun[i % 2];
+      const double moment = time.count() * (i % kMoments + 1) / kMoments;
       SCOPED_TRACE(name + " " + std::to_string(moment));
-      if (i < 0) {
-        seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-        steps = done;
-      }
-      ASSERT_TRUE(run.status == 0 || run.status == 128 + SIGKILL) << run.status << run.err;
-      killed += run.status != 0;
-      within += run.status != 0 && done > 0 && done < steps;
-      harness.checkValues(change, "");
-      if (run.status == 0 || run.out.find(" was updated.") != run.out.npos) {
-        EXPECT_EQ(harness.wanted(), harness.values());
-      }
-      harness.checkLaterRun(change);
+      std::vector<Step> done;
+      const Outcome end = record(change, done, moment);
+      ASSERT_TRUE(end.status == 0 || end.status == 128 + SIGKILL) << end.status << end.err;
+      killed += end.status != 0;
+      within += end.status != 0 && !done.empty() && done.size() < whole.size();
+      checkValues(change);
+      EXPECT_TRUE((end.status != 0 && !reports(end)) || values() == wanted);
+      checkLaterRun(change);
       ASSERT_FALSE(HasFailure());
     }
   }
@@ -127,36 +171,31 @@ TEST_F(LocalStore, HoldsTheOldOrTheNewValuesWhenItsWritersAreKilled) {
 }
 
 // One in two of them is killed.
-TEST_F(LocalStore, LosesNoChangeOfManyWriters) {
-  const char* const asked = std::getenv("KNOB_KILLS");
-  const std::size_t rounds = asked != nullptr ? std::stoul(asked) / 20 : 15;
-  const Engine& engine = harness.engine();
-  const Command import = command("import");
-  harness.learn(import);
-  for (std::size_t round = 0; round < rounds; ++round) {
-    harness.reset();
-    Process writers = harness.program({});
-    std::string script;
-    for (std::size_t i = 0; i < engine.ids.size(); ++i) {
-      const double moment = i % 2 == 0 ? 60 : 0.001 * static_cast<double>(i + 1 + round % 50);
-      script += kTimeout + " -s KILL " + std::to_string(moment) + " " + writers.arguments[0] + " " +
-                engine.ids[i] + " " + engine.value + " -S " + engine.server + " >" +
-                harness.home() + "/writer" + std::to_string(i) + " 2>&1 &\n";
+TEST_P(LocalStore, LosesNoChangeOfManyWriters) {
+  learn(commands().at("import"));
+  for (int round = 0; round < kills / 20; ++round) {
+    reset();
+    std::vector<Outcome> ends(engine.ids.size());
+    std::vector<std::thread> writers;
+    for (std::size_t i = 0; i < ends.size(); ++i) {
+      const double moment = i % 2 == 0 ? 60 : 0.001 * (static_cast<int>(i) + 1 + round % 50);
+      writers.emplace_back([&, i, moment] {
+        ends[i] = killedAfter(moment, program({{engine.ids[i], engine.value}})).run();
+      });
     }
-    writers.arguments = {"/bin/sh", "-c", script + "wait"};
-    writers.run();
-    const Values found = harness.values();
-    for (std::size_t i = 0; i < engine.ids.size(); ++i) {
-      const std::string said = readFile(harness.home() + "/writer" + std::to_string(i));
+    for (std::thread& each : writers) each.join();
+    const Texts found = values();
+    for (std::size_t i = 0; i < ends.size(); ++i) {
       const std::string& id = engine.ids[i];
-      const bool told = said.find(" was updated.") != said.npos;
-      EXPECT_TRUE(told || i % 2 == 1) << said;
-      EXPECT_TRUE(found.at(id) == harness.wanted().at(id) ||
-                  (!told && found.at(id) == harness.old().at(id)))
-          << id << said;
+      const bool told = reports(ends[i]);
+      EXPECT_TRUE(told || i % 2 == 1) << ends[i].err;
+      EXPECT_TRUE(found.at(id) == wanted.at(id) || (!told && found.at(id) == old.at(id)))
+          << id << ends[i].err;
     }
     ASSERT_FALSE(HasFailure());
   }
 }
+
+INSTANTIATE_TEST_SUITE_P(, LocalStore, testing::Values(kEngineKinds.front()));
 
 }  // namespace

@@ -1,106 +1,130 @@
-// Every command with calls of the system that fail, on every engine: the n-th call of a kind, for n
-// spread over all calls. With KNOB_FAULT_RUNS=N up to N calls of each kind.
-#include <gtest/gtest.h>
+// Every command on every engine with calls of the system that fail, and through a connection that
+// is cut, stalls or becomes slow after so many bytes in one direction. KNOB_FAULT_RUNS=N: with up
+// to N such calls of each kind and places of a connection.
+#include <thread>
 
 #include "fault/Harness.h"
+#include "support/Proxy.h"
 
 namespace {
 
-struct Fault {
-  std::string kind;
-  std::string effect;
-  std::string rest{};     // "+": all calls after it as well
-  bool harmless = false;  // the program goes on as if nothing had happened
-};
-
-const Fault kFaults[] = {
+// KIND:EFFECT. After an interrupted or a short call the program goes on as if nothing had happened.
+const std::vector<std::string> kFileFaults = {
 #ifndef KNOB_SANITIZE
-    {"malloc", "ENOMEM"},
-    {"malloc", "ENOMEM", "+"},
+    "malloc:ENOMEM",
 #endif
-    {"write", "ENOSPC"},
-    {"write", "ENOSPC", "+"},
-    {"write", "EIO"},
-    {"write", "EDQUOT", "+"},
-    {"write", "EINTR", "", true},
-    {"write", "short", "+", true},
-    {"read", "EIO"},
-    {"read", "EIO", "+"},
-    {"read", "EINTR", "", true},
-    {"read", "short", "", true},
-    {"open", "EMFILE"},
-    {"open", "EACCES", "+"},
-    {"open", "EINTR", "", true},
-    {"close", "EIO"},
-    {"close", "EIO", "+"},
-    {"sync", "EIO"},
-    {"sync", "EIO", "+"},
-    {"ftruncate", "EIO"},
-    {"unlink", "EIO"},
-    {"unlink", "EACCES", "+"},
-    {"connect", "ECONNRESET"},
-    {"send", "ECONNRESET"},
-    {"send", "ECONNRESET", "+"},
-    {"send", "short", "", true},
-    {"recv", "ECONNRESET"},
-    {"recv", "ECONNRESET", "+"},
-    {"recv", "EINTR", "", true},
-    {"recv", "short", "+", true},
-};
+    "write:ENOSPC",  "write:EIO",  "write:EDQUOT", "write:EINTR",   "write:short",
+    "read:EIO",      "read:EINTR", "read:short",   "open:EMFILE",   "open:EACCES",
+    "open:EINTR",    "close:EIO",  "sync:EIO",     "ftruncate:EIO", "unlink:EIO"};
+const std::vector<std::string> kNetworkFaults = {"connect:ECONNRESET", "send:ECONNRESET",
+                                                 "send:short",         "recv:ECONNRESET",
+                                                 "recv:EINTR",         "recv:short"};
 
-bool isNetwork(const Fault& fault) {
-  return fault.kind == "connect" || fault.kind == "send" || fault.kind == "recv";
-}
-
-// The first and the last calls of a kind, and some of those between.
+// Of the numbers up to `count`: the first, the last, and some of those between.
 std::vector<long> spread(long count, long usual) {
   const char* const asked = std::getenv("KNOB_FAULT_RUNS");
   const long most = asked != nullptr ? std::atol(asked) : usual;
-  const long ends = most / 4;
-  const long step = std::max(1L, (count - 2 * ends) / (most - 2 * ends));
-  std::vector<long> calls;
-  for (long n = 1; n <= count; n += n < ends || n > count - ends ? 1 : step) calls.push_back(n);
-  return calls;
+  const long ends = std::max(1L, most / 4);
+  const long step = std::max(1L, count / std::max(1L, most - 2 * ends + 1));
+  std::vector<long> chosen;
+  for (long n = 1; n <= count; ++n) {
+    if (n <= ends || n > count - ends || n % step == 0) chosen.push_back(n);
+  }
+  return chosen;
 }
 
-class Sweep : public testing::TestWithParam<EngineKind> {
+class OnEngine : public Harness {
  protected:
-  void SetUp() override {
-    const std::string obstacle = GetParam().obstacle();
-    if (!obstacle.empty()) GTEST_SKIP() << obstacle;
+  // How often the unharmed command makes calls of the kind.
+  long count(const Command& command, const std::string& kind) const {
+    const TempFolder folder;
+    const Texts variables = {{"FAULT", kind + ":EIO:0"}, {"FAULT_TRACE", folder / "trace"}};
+    EXPECT_EQ(0, faulted(command, variables).run().status);
+    reset();
+    const std::string traced = readFile(folder / "trace"), last = "calls - ";
+    return std::stol(traced.substr(traced.rfind(last) + last.size()));
+  }
+
+  // Of the bytes that the command sends and gets.
+  std::vector<std::pair<Proxy::Direction, long>> places(const Command& command) const {
+    if (engine.port == 0) return {};
+    const Proxy whole(engine.port);
+    EXPECT_EQ(0, program(command, whole.port()).run().status);
+    std::vector<std::pair<Proxy::Direction, long>> chosen;
+    for (const auto direction : {Proxy::toServer, Proxy::toClient}) {
+      const long last = whole.passed(direction);
+      chosen.emplace_back(direction, last - 6);  // before PostgreSQL's last message
+      for (const long n : spread(last, 3 * (engine.calls - 1))) {
+        chosen.emplace_back(direction, n - 1);
+      }
+    }
+    return chosen;
   }
 };
 
-TEST_P(Sweep, KeepsEveryPromiseWhateverCallFails) {
-  Harness harness(GetParam());
-  const bool onNetwork = harness.engine().port != 0;
+TEST_P(OnEngine, EveryPromiseIsKeptWhateverFails) {
   int runs = 0;
-  for (const Command& command : harness.commands()) {
-    harness.learn(command);
-    ASSERT_FALSE(HasFailure());
-    std::map<std::string, long> counts;
-    for (const Fault& fault : kFaults) {
-      if (isNetwork(fault) != onNetwork) continue;
-      if (!counts.contains(fault.kind)) counts[fault.kind] = harness.count(command, fault.kind);
-      for (const long n : spread(counts[fault.kind], harness.engine().calls)) {
-        const std::string plan = fault.kind + ":" + fault.effect + ":" + std::to_string(n);
-        SCOPED_TRACE(command.name + " " + plan + fault.rest);
-        harness.reset();
-        const Outcome run = harness.faulted(command, plan + fault.rest).run();
+  for (const auto& [name, command] : commands()) {
+    learn(command);
+    for (const std::string& fault : engine.port == 0 ? kFileFaults : kNetworkFaults) {
+      const std::string kind = fault.substr(0, fault.find(':'));
+      const bool interrupts = fault.ends_with("EINTR"), shortens = fault.ends_with("short");
+      for (const long n : spread(count(command, kind), engine.calls)) {
+        for (const std::string rest : {"", "+"}) {
+          if (rest == "+" && (interrupts || kind == "connect")) continue;  // without end, or long
+          const std::string plan = fault + ":" + std::to_string(n) + rest;
+          SCOPED_TRACE(name + " " + plan);
+          // What cannot be written cannot tell of it either.
+          const bool mute = kind == "write" && rest == "+" && !shortens;
+          const Outcome end = check(command, faulted(command, {{"FAULT", plan}}), mute);
+          EXPECT_TRUE((!interrupts && !shortens) || (end.status == 0 && end.err.empty()))
+              << end.err;
+          ++runs;
+          if (HasFailure()) return;
+        }
+      }
+    }
+    for (const auto& [direction, after] : places(command)) {
+      for (const auto trouble : {Proxy::Trouble::cut, Proxy::Trouble::slow}) {
+        if (trouble == Proxy::Trouble::slow && after != 0) continue;
+        SCOPED_TRACE(name + " " + std::to_string(direction) + " " + std::to_string(after));
+        const Proxy proxy(engine.port, trouble, direction, after);
+        check(command, program(command, proxy.port()));
         ++runs;
-        // What cannot be written cannot tell of it either.
-        const bool mute = fault.kind == "write" && !fault.harmless && fault.rest == "+";
-        harness.check(command, run, mute ? Harness::Reports::mayBeLost : Harness::Reports::arrive);
-        EXPECT_TRUE(!fault.harmless || (run.status == 0 && run.err.empty())) << run.err;
-        harness.checkLaterRun(command);
-        if (HasFailure()) return;
+        ASSERT_FALSE(HasFailure());
       }
     }
   }
   RecordProperty("runs", runs);
 }
 
-INSTANTIATE_TEST_SUITE_P(, Sweep, testing::ValuesIn(engineKinds()),
+// At once, since each of them waits. What the import changes, the set changes too.
+TEST_P(OnEngine, AConnectionThatStallsIsNotWaitedForWithoutEnd) {
+  const std::map<std::string, Command> all = commands();
+  std::vector<std::function<void()>> runs;
+  for (const auto& [name, command] : all) {
+    learn(command);
+    for (const auto& place : places(command)) {
+      runs.emplace_back([&name = name, &command = command, place, this] {
+        const auto& [direction, after] = place;
+        const Proxy proxy(engine.port, Proxy::Trouble::stall, direction, after);
+        const Outcome end = run(program(command, proxy.port()));
+        const bool inJson = end.out.find("\"error\": ") != end.out.npos;
+        EXPECT_TRUE(end.status == 0 || inJson || !end.err.empty())
+            << name << " " << direction << " " << after << ": " << end.status;
+      });
+    }
+  }
+  if (runs.empty()) GTEST_SKIP() << "no server";
+  learn(all.at("import"));
+  std::vector<std::thread> stalled(runs.begin(), runs.end());
+  for (std::thread& each : stalled) each.join();
+  checkValues(all.at("import"));
+  reset();
+  checkLaterRun(all.at("import"));
+}
+
+INSTANTIATE_TEST_SUITE_P(, OnEngine, testing::ValuesIn(kEngineKinds),
                          [](const auto& row) { return row.param.name; });
 
 }  // namespace

@@ -2,25 +2,17 @@
 // with any text.
 #include "fuzz/Fuzz.h"
 #include "http/HttpDouble.h"
-#include "tuning/TuningError.h"
+#include "support/StatusOf.h"
 #include "tuning/patroni/RestApi.h"
 
-int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
+void tryInput(const std::string& text) {
   static std::string answer;
-  static const HttpDouble server([](const std::string &) { return Reply{answer, true}; });
+  static const HttpDouble server([](const std::string&) { return Reply{answer, true}; });
   static const auto address = tn::patroni::Address::parse("patroni://" + server.address());
-  answer = httpAnswer(200, std::string(textOf(data, size)));
-  for (const bool configuration : {false, true}) {
-    try {
-      tn::patroni::RestApi api(address);
-      if (configuration) {
-        (void)api.configuration().change("work_mem", api.configuration().stored("work_mem"));
-      } else {
-        (void)api.members();
-      }
-    } catch (const tn::TuningError &) {
-      // Said in a status.
-    }
-  }
-  return 0;
+  answer = httpAnswer(200, text);
+  statusOf([] { tn::patroni::RestApi(address).members(); });
+  statusOf([] {
+    tn::patroni::RestApi api(address);
+    (void)api.configuration().change("work_mem", api.configuration().stored("work_mem"));
+  });
 }

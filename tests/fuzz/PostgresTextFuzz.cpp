@@ -7,8 +7,7 @@
 
 using namespace tn::postgresql;
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-  const std::string_view text = textOf(data, size);
+void tryInput(const std::string& text) {
   const CommandLine options(text);
   for (const char* const name : {"work_mem", "port", "a", ""}) options.value(name);
   for (const auto kind : {NameList::Kind::names, NameList::Kind::identifiers}) {
@@ -27,5 +26,4 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     ValueText::integer(text, unit);
     if (const auto real = ValueText::real(text, unit)) ValueText::ofReal(*real);
   }
-  return 0;
 }

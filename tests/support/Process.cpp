@@ -3,6 +3,8 @@
 #include <csignal>
 #include <fcntl.h>
 #include <grp.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,9 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr unsigned kPatienceSeconds = 60;
-
-void redirect(int stream, const std::string& file, const std::string& target) {
+void redirect(int stream, const std::string& target) {
   if (target == "-") {
     close(stream);
   } else if (target == "|") {
@@ -24,7 +24,8 @@ void redirect(int stream, const std::string& file, const std::string& target) {
     dup2(broken[1], stream);
     close(broken[0]);
   } else {
-    dup2(open((target.empty() ? file : target).c_str(), O_RDWR | O_CLOEXEC), stream);
+    const int direction = stream == STDIN_FILENO ? O_RDONLY : O_WRONLY;
+    dup2(open(target.c_str(), direction | O_CREAT | O_APPEND | O_CLOEXEC, 0644), stream);
   }
 }
 
@@ -41,61 +42,52 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
 // may lie below a home that is its owner's alone.
 std::string reachableProgram() {
   static const TempFolder tree;
-  if (fs::create_directory(tree / "bin")) {
-    const fs::path built = fs::path(programFolder()).parent_path();
-    for (const char* const part : {"bin/knob", "lib", "share"}) {
-      fs::copy(built / part, tree / part, fs::copy_options::recursive);
-    }
-    for (const auto& entry : fs::recursive_directory_iterator(tree.path())) {
-      fs::permissions(entry, fs::perms{0755});
-    }
-  }
+  const std::string copy = "cd '" + programFolder() +
+                           "/..' && cp -r --parents bin/knob lib share " + tree.path() +
+                           " && chmod -R 755 " + tree.path();
+  if (!fs::exists(tree / "bin")) (void)!std::system(copy.c_str());
   return tree / "bin/knob";
 }
 
-}  // namespace
-
+// In a child, if the test runs as root and the user is another.
 bool becomeUser(uid_t user) {
   return user == 0 || geteuid() != 0 ||
          (setgroups(0, nullptr) == 0 && setgid(user) == 0 && setuid(user) == 0);
 }
 
-Start::Start(const Process& process, std::string program)
-    : process_(process), program_(std::move(program)), words_(process.arguments) {
-  for (const auto& [name, value] : process.environment) variables_.push_back(name + "=" + value);
-  wordPointers_ = pointers(words_);
-  variablePointers_ = pointers(variables_);
-}
+}  // namespace
 
-void Start::become() const {
-  const std::string& folder = process_.folder;
+// All that the child needs is made before the fork: the child of a process with threads may wait
+// without end for memory.
+pid_t Process::start(const std::array<std::string, 3>& streams, unsigned seconds) const {
+  const bool elsewhere = user != 0 && geteuid() == 0 && arguments[0] == knobPath();
+  const std::string program = elsewhere ? reachableProgram() : arguments[0];
+  std::vector<std::string> words = arguments;
+  std::vector<std::string> variables;
+  for (const auto& [name, value] : environment) variables.push_back(name + "=" + value);
+  const std::vector<char*> wordPointers = pointers(words);
+  const std::vector<char*> variablePointers = pointers(variables);
+  const pid_t child = fork();
+  if (child != 0) return child;
+  for (const int stream : {0, 1, 2}) redirect(stream, streams[static_cast<std::size_t>(stream)]);
+  alarm(seconds);
   if (!folder.empty() && chdir(folder.c_str()) != 0) _exit(126);
-  if (process_.fileLimit >= 0) {
-    const auto bytes = static_cast<rlim_t>(process_.fileLimit);
+  if (fileLimit >= 0) {
+    const auto bytes = static_cast<rlim_t>(fileLimit);
     const rlimit limit{bytes, bytes};
     setrlimit(RLIMIT_FSIZE, &limit);
   }
-  if (!becomeUser(process_.user)) _exit(126);
-  execve(program_.c_str(), wordPointers_.data(), variablePointers_.data());
+  if (!becomeUser(user)) _exit(126);
+  prctl(PR_SET_PDEATHSIG, SIGKILL);  // which a change of the user would take back
+  execve(program.c_str(), wordPointers.data(), variablePointers.data());
   _exit(127);
 }
 
 Outcome Process::run() const {
-  const TempFolder streams;
-  writeFile(streams / "in", input);
-  writeFile(streams / "out", "");
-  writeFile(streams / "err", "");
-  const bool elsewhere = user != 0 && geteuid() == 0 && arguments[0] == knobPath();
-  const Start start(*this, elsewhere ? reachableProgram() : arguments[0]);
-  const std::string in = streams / "in", out = streams / "out", err = streams / "err";
-  const pid_t child = fork();
-  if (child == 0) {
-    redirect(STDIN_FILENO, in, in);
-    redirect(STDOUT_FILENO, out, outTo);
-    redirect(STDERR_FILENO, err, errTo);
-    alarm(kPatienceSeconds);
-    start.become();
-  }
+  const TempFolder files;
+  const std::string in = files / "in", out = files / "out", err = files / "err";
+  writeFile(in, input);
+  const pid_t child = start({in, outTo.empty() ? out : outTo, errTo.empty() ? err : errTo}, 60);
   int status = 0;
   waitpid(child, &status, 0);
   return {WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status), readFile(out),
@@ -110,14 +102,14 @@ Process knob(const std::string& home, std::vector<std::string> arguments) {
 }
 
 int inChild(const std::function<int()>& piece, uid_t user) {
-  const TempFolder folder;
-  std::ofstream result(folder / "result");
+  const auto result = static_cast<int*>(
+      mmap(nullptr, sizeof(int), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+  *result = -1;
   const pid_t child = fork();
   if (child == 0) {
-    if (becomeUser(user)) result << piece() << std::flush;
+    if (becomeUser(user)) *result = piece();
     _exit(0);
   }
   waitpid(child, nullptr, 0);
-  const std::string given = readFile(folder / "result");
-  return given.empty() ? -1 : std::stoi(given);
+  return *result;
 }

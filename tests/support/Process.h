@@ -2,6 +2,7 @@
 #ifndef KNOB_TESTS_SUPPORT_PROCESS_H
 #define KNOB_TESTS_SUPPORT_PROCESS_H
 
+#include <array>
 #include <functional>
 #include <map>
 #include <string>
@@ -30,26 +31,9 @@ struct Process {
 
   // Waits for the end; a process that takes longer than a minute is killed.
   Outcome run() const;
-};
-
-// All that a child needs to become a program, made before the fork: the child of a process with
-// threads may wait without end for memory.
-class Start {
- public:
-  Start(const Process& process, std::string program);
-  Start(const Start&) = delete;
-  Start& operator=(const Start&) = delete;
-
-  // In the child, with the streams as they are.
-  [[noreturn]] void become() const;
-
- private:
-  const Process& process_;
-  std::string program_;
-  std::vector<std::string> words_;
-  std::vector<std::string> variables_{};
-  std::vector<char*> wordPointers_{};
-  std::vector<char*> variablePointers_{};
+  // Does not wait: for what goes on until it is killed, after so many seconds if any are given, or
+  // until the calling thread ends. `streams`: the standard ones, in the words of `outTo`.
+  pid_t start(const std::array<std::string, 3>& streams, unsigned seconds = 0) const;
 };
 
 // The program under test in a world of its own: no settings, no messages but its own.
@@ -60,9 +44,6 @@ std::string programFolder();
 
 // A user that is not root and owns nothing.
 inline constexpr uid_t kNobody = 65534;
-
-// In a child, if the test runs as root and the user is another.
-bool becomeUser(uid_t user);
 
 // What the piece of a test gives in a process of its own, of another user if the test runs as root
 // and one is named; -1 if the process does not get to its end.

@@ -1,7 +1,8 @@
 #include "support/Proxy.h"
 
-#include <arpa/inet.h>
+#include <algorithm>
 #include <array>
+#include <climits>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -9,16 +10,12 @@
 
 namespace {
 
-constexpr int kGlanceMilliseconds = 20;
-
-int connection(int port) {
-  const int opened = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+sockaddr_in localAddress(int port) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_port = htons(static_cast<uint16_t>(port));
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  (void)!connect(opened, reinterpret_cast<sockaddr*>(&address), sizeof address);
-  return opened;
+  return address;
 }
 
 }  // namespace
@@ -27,17 +24,20 @@ Proxy::Proxy(int serverPort, Trouble trouble, Direction direction, long after)
     : serverPort_(serverPort),
       trouble_(trouble),
       direction_(direction),
-      after_(after),
+      after_(trouble == Trouble::none ? LONG_MAX : after),
       listener_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  sockaddr_in address = localAddress(0);
   socklen_t size = sizeof address;
   (void)!bind(listener_, reinterpret_cast<sockaddr*>(&address), size);
   (void)!listen(listener_, SOMAXCONN);
   (void)!getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size);
   port_ = ntohs(address.sin_port);
-  acceptor_ = std::thread([this] { accept(); });
+  acceptor_ = std::thread([this] {
+    for (int client = 0; (client = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
+      const bool whole = trouble_ == Trouble::cut && !connections_.empty();
+      connections_.emplace_back([=, this] { serve(client, whole ? LONG_MAX : after_); });
+    }
+  });
 }
 
 Proxy::~Proxy() {
@@ -48,48 +48,32 @@ Proxy::~Proxy() {
   close(listener_);
 }
 
-void Proxy::accept() {
-  for (int client = 0; (client = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
-    const bool later = !connections_.empty();
-    const Trouble trouble = later && trouble_ == Trouble::cut ? Trouble::none : trouble_;
-    connections_.emplace_back([this, client, trouble] { serve(client, trouble); });
-  }
-}
-
-void Proxy::serve(int client, Trouble trouble) {
-  const int server = connection(serverPort_);
-  std::array<pollfd, 2> ends{{{client, POLLIN, 0}, {server, POLLIN, 0}}};
-  long counts[2] = {0, 0};
+void Proxy::serve(int client, long left) {
+  const int server = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const sockaddr_in address = localAddress(serverPort_);
+  (void)!connect(server, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+  std::array<pollfd, 2> from{{{client, POLLIN, 0}, {server, POLLIN, 0}}};  // by direction
+  std::array<char, 65536> bytes;
   for (bool open = true; open && !over_;) {
-    poll(ends.data(), ends.size(), kGlanceMilliseconds);
-    if (ends[0].revents != 0) open = pass(client, server, toServer, trouble, counts[toServer]);
-    if (open && ends[1].revents != 0) {
-      open = pass(server, client, toClient, trouble, counts[toClient]);
+    poll(from.data(), from.size(), 20);
+    for (const Direction each : {toServer, toClient}) {
+      if (!open || from[each].revents == 0) continue;
+      const bool troubled = each == direction_ && left <= 0;
+      if (troubled && trouble_ == Trouble::stall && from[each].events == POLLIN) {
+        from[each].events = POLLRDHUP;  // only its end is waited for
+        continue;
+      }
+      const bool passes = !troubled || trouble_ == Trouble::slow;
+      const auto most =
+          static_cast<std::size_t>(each == direction_ ? std::max(left, 1L) : LONG_MAX);
+      const ssize_t size =
+          passes ? recv(from[each].fd, bytes.data(), std::min(bytes.size(), most), 0) : -1;
+      const auto sent = static_cast<std::size_t>(size);
+      open = size > 0 && send(from[1 - each].fd, bytes.data(), sent, MSG_NOSIGNAL) == size;
+      passed_[each] += open ? size : 0;
+      if (each == direction_) left -= size;
     }
   }
   close(server);
   close(client);
-}
-
-// False when the connection is over.
-bool Proxy::pass(int from, int to, Direction direction, Trouble trouble, long& count) {
-  std::array<char, 65536> bytes;
-  const bool troubled = trouble != Trouble::none && direction == direction_;
-  const long left = after_ - count;
-  if (troubled && left <= 0 && trouble == Trouble::cut) return false;
-  if (troubled && left <= 0 && trouble == Trouble::stall) {
-    pollfd end{direction == toServer ? from : to, POLLRDHUP, 0};
-    while (!over_ && poll(&end, 1, kGlanceMilliseconds) == 0) {
-    }
-    return false;
-  }
-  std::size_t most = bytes.size();
-  if (troubled) most = left > 0 ? std::min(most, static_cast<std::size_t>(left)) : 1;
-  const ssize_t size = recv(from, bytes.data(), most, 0);
-  if (size <= 0 || send(to, bytes.data(), static_cast<std::size_t>(size), MSG_NOSIGNAL) != size) {
-    return false;
-  }
-  count += size;
-  passed_[direction] += size;
-  return true;
 }

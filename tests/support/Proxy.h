@@ -22,9 +22,7 @@ class Proxy {
   long passed(Direction direction) const { return passed_[direction]; }
 
  private:
-  void accept();
-  void serve(int client, Trouble trouble);
-  bool pass(int from, int to, Direction direction, Trouble trouble, long& count);
+  void serve(int client, long left);  // the bytes that pass before the trouble begins
 
   int serverPort_;
   Trouble trouble_;

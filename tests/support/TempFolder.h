@@ -16,8 +16,7 @@ class TempFolder {
     // Tests that drop to another user have to get in.
     std::filesystem::permissions(path_, std::filesystem::perms{0755});
   }
-  TempFolder(const TempFolder&) = delete;
-  TempFolder& operator=(const TempFolder&) = delete;
+  TempFolder(TempFolder&&) = delete;
   ~TempFolder() {
     std::error_code ignored;
     std::filesystem::remove_all(path_, ignored);
