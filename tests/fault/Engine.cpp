@@ -125,9 +125,9 @@ Engine makePatroni(const std::string&) {
     const std::string notYet = "SELECT count(*) FROM pg_settings WHERE setting = '99'";
     while (cluster.sql(leader, notYet) != "0") usleep(20'000);
   };
-  const std::string server = cluster.address(leader);
-  const int port = std::stoi(server.substr(server.rfind(':') + 1));
-  Engine engine = engineOfNames(server + "?connect_timeout=2", port, state, reset);
+  const int port = cluster.port(leader);
+  const std::string server = "patroni://postgres@" + local(port) + "/postgres?connect_timeout=2";
+  Engine engine = engineOfNames(server, port, state, reset);
   engine.calls = 2;
   engine.environment = {{"PATRONI_RESTAPI_USERNAME", "admin"},
                         {"PATRONI_RESTAPI_PASSWORD", "right"}};

@@ -64,7 +64,7 @@ void PatroniCluster::kill(std::size_t member) {
 }
 
 std::string PatroniCluster::ask(std::size_t member, const http::Request& request) const {
-  http::Client client({endpoint(member)},
+  http::Client client({"http://" + local(port(member))},
                       {.user = "admin", .password = "right", .requestTime = kPatience});
   const http::Answer answer = client.send(request, http::Clock::now() + kPatience);
   return answer.status == 200 ? answer.body : "";
@@ -103,7 +103,7 @@ void PatroniCluster::configure(const std::string& patch) const {
 }
 
 Outcome PatroniCluster::knob(std::size_t member, std::vector<std::string> arguments) const {
-  const std::string server = "patroni://postgres@" + local(members_[member].apiPort) + "/postgres";
+  const std::string server = "patroni://postgres@" + local(port(member)) + "/postgres";
   arguments.insert(arguments.end(), {"-S", server});
   Process process = ::knob(folder_.path(), std::move(arguments));
   process.environment["PATRONI_RESTAPI_USERNAME"] = "admin";

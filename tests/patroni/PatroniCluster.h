@@ -30,9 +30,7 @@ class PatroniCluster {
   void awaitMembers() const;      // until both run
   void restart() const;           // both servers, through Patroni
 
-  std::string endpoint(std::size_t member) const {  // of the API
-    return "http://" + local(members_[member].apiPort);
-  }
+  int port(std::size_t member) const { return members_[member].apiPort; }
   std::string sql(std::size_t member, const std::string& statement) const;
   std::string value(std::size_t member, const std::string& setting) const {
     return sql(member, "SELECT setting FROM pg_settings WHERE name = '" + setting + "'");
