@@ -5,7 +5,6 @@
 #include <grp.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -72,11 +71,6 @@ pid_t Process::start(const std::array<std::string, 3>& streams, unsigned seconds
   for (const int stream : {0, 1, 2}) redirect(stream, streams[static_cast<std::size_t>(stream)]);
   alarm(seconds);
   if (!folder.empty() && chdir(folder.c_str()) != 0) _exit(126);
-  if (fileLimit >= 0) {
-    const auto bytes = static_cast<rlim_t>(fileLimit);
-    const rlimit limit{bytes, bytes};
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
   if (!becomeUser(user)) _exit(126);
   prctl(PR_SET_PDEATHSIG, SIGKILL);  // which a change of the user would take back
   execve(program.c_str(), wordPointers.data(), variablePointers.data());

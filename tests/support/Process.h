@@ -27,7 +27,6 @@ struct Process {
   // To run as, when the test runs as root; 0: as the test. The program under test is then copied to
   // where every user can reach it.
   uid_t user = 0;
-  long fileLimit = -1;  // bytes that a file may have
 
   // Waits for the end; a process that takes longer than a minute is killed.
   Outcome run() const;
