@@ -39,6 +39,7 @@ class Completion : public testing::TestWithParam<std::string> {
     typing.input = (bash ? kBash : kZsh) + std::string("; PS1=; stty columns 200 rows 50\r") +
                    "note() { (printf '<%s>' \"$@\"; echo) >> $NOTES; }\r";
     for (const std::string& keys : lines) typing.input += keys + kNote;
+    typing.input += "exit\r";  // an end of the input may come while the shell does not look
     std::filesystem::remove(home / "notes");
     const Outcome run = typing.run();
     if (screen != nullptr) *screen = run.out;

@@ -62,10 +62,7 @@ TEST_F(InstalledTree, LetsAServiceInCReadItsSettings) {
 TEST_F(InstalledTree, IsHardened) {
   int fortified = 0;  // more than are not: some call nothing that the C library can check
   for (const auto& file : fs::recursive_directory_iterator(tree)) {
-    if (!file.is_regular_file() || !readFile(file.path())
-                                        .starts_with("\x7f"
-                                                     "ELF"))
-      continue;
+    if (!file.is_regular_file() || !readFile(file.path()).starts_with("\177ELF")) continue;
     const Outcome run = shell("readelf -W -h -l -d --dyn-syms " + file.path().string());
     ASSERT_EQ(0, run.status) << run.err;
     // For any address, with full RELRO and a stack that is not executable or overrun unnoticed.

@@ -139,6 +139,8 @@ TEST_F(Patroni, ImportsWhatASingleServerExportsAndTakesItsOwnExportAsNothingNew)
       "log_connections=on; log_checkpoints=off; log_min_messages=6; log_timezone=Europe/Berlin; "
       "log_filename=x-%Y.log; random_page_cost=1.5; TimeZone=Asia/Tokyo; statement_timeout=60000; "
       "DateStyle=iso,dmy; log_line_prefix=a\\'b %m; log_destination=stderr,csvlog; "
+      "deadlock_timeout=2000; wal_sender_timeout=70000; vacuum_cost_limit=300; lock_timeout=5000; "
+      "jit=off; geqo=off; enable_sort=off; cursor_tuple_fraction=0.5; bgwriter_lru_maxpages=50; "
       "search_path=\"$user\", A; client_encoding=LATIN1; application_name=app \\ 'x'");
   std::map<std::string, std::string> wanted(values.begin(), values.end());
   for (const auto& [setting, value] :
