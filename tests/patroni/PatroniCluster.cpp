@@ -30,7 +30,8 @@ PatroniCluster::PatroniCluster() {
 }
 
 PatroniCluster::~PatroniCluster() {
-  for (const std::size_t member : {0U, 1U}) kill(member);
+  // SIGKILL would leave the servers' shared memory behind.
+  for (const std::size_t member : {0U, 1U}) kill(member, SIGQUIT);
 }
 
 void PatroniCluster::start(std::size_t member) {
@@ -56,11 +57,11 @@ void PatroniCluster::start(std::size_t member) {
 }
 
 // The first line of the file of a running server is its process.
-void PatroniCluster::kill(std::size_t member) {
+void PatroniCluster::kill(std::size_t member, int number) {
   members_[member].patroni.end();
   const std::string pid = readFile(file(member, "/postmaster.pid"));
   if (pid.empty()) return;
-  while (::kill(std::stoi(pid), SIGKILL) == 0) usleep(kPause);
+  while (::kill(std::stoi(pid), number) == 0) usleep(kPause);
 }
 
 std::string PatroniCluster::ask(std::size_t member, const http::Request& request) const {

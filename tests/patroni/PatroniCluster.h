@@ -25,10 +25,11 @@ class PatroniCluster {
   Cluster& etcd() { return etcd_; }
   void start(std::size_t member);
   void signal(std::size_t member, int number) const { members_[member].patroni.signal(number); }
-  void kill(std::size_t member);  // Patroni and its server, SIGKILL
-  std::size_t leader() const;     // waits for one
-  void awaitMembers() const;      // until both run
-  void restart() const;           // both servers, through Patroni
+  // Patroni gets SIGKILL, its server the signal.
+  void kill(std::size_t member, int number = SIGKILL);
+  std::size_t leader() const;  // waits for one
+  void awaitMembers() const;   // until both run
+  void restart() const;        // both servers, through Patroni
 
   int port(std::size_t member) const { return members_[member].apiPort; }
   std::string sql(std::size_t member, const std::string& statement) const;
