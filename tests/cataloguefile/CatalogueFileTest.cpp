@@ -94,7 +94,7 @@ TEST(CatalogueFile, TellsEveryFaultWithItsLine) {
       {"[\"b\",\"c\"]", "[\"b\",\"b\"]", 20, "setting 1005: the default has a choice twice"},
       {"\"green\"]", "\"red\"]", 17, "setting 1002: \"red\" in choices is there twice"},
       {"\"yes\",\"no\"", "\"yes\"", 18, "words has to hold two words, the one for true first"},
-      {"\"no\"", "\"Yes\"", 18, "setting 1003: the two words are the same"},
+      {"\"yes\",\"no\"", "\"é\",\"É\"", 18, "setting 1003: the two words are the same"},
       {"\"yes\",\"no\"", "\"False\",\"True\"", 18, "1003: the word for true has to come first"},
       {"\"no\"", "\"not yet\"", 18, "setting 1003: \"not yet\" in words holds a blank"},
       {"restart=true", "restart=false", 19, "for this id: give restart = true, or another id"},

@@ -55,7 +55,7 @@ class Reader {
   CatalogueFile& file_;
   std::shared_ptr<Tables> tables_;
   std::map<int32_t, uint32_t> idLines_;
-  std::map<std::string, uint32_t> nameLines_;  // by kind and name in lower case
+  std::map<std::wstring, uint32_t> nameLines_;  // by kind and name in upper case
 };
 
 // 0 if there is none.
@@ -71,9 +71,9 @@ uint32_t findLongLine(std::string_view text) {
 
 // A word and a colon, as server names begin with. "./a:b" is a path.
 bool hasScheme(std::string_view store) {
-  const std::string text = lowerCase(store);
-  const size_t end = text.find_first_not_of("abcdefghijklmnopqrstuvwxyz");
-  return end != text.npos && end > 0 && text[end] == ':';
+  const std::wstring text = upperCase(store);
+  const size_t end = text.find_first_not_of(L"ABCDEFGHIJKLMNOPQRSTUVWXYZ");
+  return end != text.npos && end > 0 && text[end] == L':';
 }
 
 std::string besideFile(std::string_view store, const std::string& path) {
@@ -178,8 +178,8 @@ void Reader::claimId(TableReader& setting, int32_t id) {
 
 void Reader::claimName(TableReader& owner, std::string_view kind, std::string_view name) {
   if (name.empty()) return;
-  const auto [taken, isFirst] =
-      nameLines_.emplace(std::string(kind) + ' ' + lowerCase(name), owner.line("name"));
+  const auto [taken, isFirst] = nameLines_.emplace(
+      upperCase(std::string(kind) + ' ' + std::string(name)), owner.line("name"));
   if (isFirst) return;
   owner.fault("name", "the name is used in line " + std::to_string(taken->second) + " already");
 }

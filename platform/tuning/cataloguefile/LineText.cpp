@@ -1,6 +1,9 @@
 #include "tuning/cataloguefile/LineText.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <locale.h>
+#include <wctype.h>
 
 #include "tuning/Characters.h"
 
@@ -16,6 +19,17 @@ constexpr struct {
 
 // In one line of a catalogue a tab is one as well.
 bool isLineControl(char character) { return isControl(character) || character == '\t'; }
+
+locale_t plainLocale() {
+  static const locale_t locale = newlocale(LC_CTYPE_MASK, "C", nullptr);
+  return locale;
+}
+
+// A file of the system, which is opened for the first letter outside ASCII.
+locale_t unicodeLocale() {
+  static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+  return locale;
+}
 
 bool continuesCharacter(char character) {
   return (static_cast<unsigned char>(character) & 0xc0U) == 0x80U;
@@ -46,10 +60,18 @@ std::string quoted(std::string_view text) {
   return '"' + std::string(text.substr(0, end)) + (end < text.size() ? "...\"" : "\"");
 }
 
-std::string lowerCase(std::string_view text) {
-  std::string lowered(text);
-  std::ranges::transform(lowered, lowered.begin(), lower);
-  return lowered;
+std::wstring upperCase(std::string_view text) {
+  const std::string bytes(text);
+  std::wstring letters(text.begin(), text.end());  // where the locale is missing
+  const bool isPlain = std::ranges::none_of(text, [](char c) { return (c & 0x80) != 0; });
+  const locale_t before = uselocale(isPlain ? plainLocale() : unicodeLocale());
+  const size_t count = std::mbstowcs(nullptr, bytes.c_str(), 0);
+  if (count <= letters.size()) {
+    letters.resize(std::mbstowcs(letters.data(), bytes.c_str(), count));
+  }
+  std::ranges::transform(letters, letters.begin(), towupper);
+  uselocale(before);
+  return letters;
 }
 
 std::string printable(std::string_view text) {

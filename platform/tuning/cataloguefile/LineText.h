@@ -22,8 +22,9 @@ std::string lineFault(std::string_view text, const LineRule& rule);
 // In double quotes, cut after some words.
 std::string quoted(std::string_view text);
 
-// ASCII letters in lower case, for comparisons.
-std::string lowerCase(std::string_view text);
+// UTF-8 text with its letters in upper case, for comparisons: by Unicode, as the program compares
+// the words of a boolean.
+std::wstring upperCase(std::string_view text);
 
 // With \xNN for each control character, so that it stays on its line and leaves a terminal alone.
 std::string printable(std::string_view text);

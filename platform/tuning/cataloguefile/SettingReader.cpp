@@ -130,10 +130,10 @@ void SettingReader::readBoolean() {
     }
     if (!wordsAreSound("words", *words, kWordRule)) return;
     // Every boolean takes these, whatever its own words are.
-    const std::string whenTrue = lowerCase((*words)[0]);
-    const std::string whenFalse = lowerCase((*words)[1]);
+    const std::wstring whenTrue = upperCase((*words)[0]);
+    const std::wstring whenFalse = upperCase((*words)[1]);
     if (whenTrue == whenFalse) table_.fault("words", "the two words are the same");
-    if (whenTrue == "false" || whenTrue == "0" || whenFalse == "true" || whenFalse == "1") {
+    if (whenTrue == L"FALSE" || whenTrue == L"0" || whenFalse == L"TRUE" || whenFalse == L"1") {
       table_.fault("words", "the word for true has to come first");
     }
     setting_.words = made_.words.emplace_back(*words);
