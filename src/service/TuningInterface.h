@@ -189,7 +189,7 @@ enum {
   TN_CATALOGUE_NOT_TOML = 7703,
   TN_CATALOGUE_WRONG = 7704,
   TN_CATALOGUE_STORE_UNKNOWN = 7705,
-  TN_VALUE_OUTSIDE_CATALOGUE = 7706
+  TN_VALUE_OUTSIDE_CATALOGUE = 7706 /* a kept one; also of the settings that are compiled in */
 };
 
 /* The settings for which the program announces a restart after a change, in ascending order: an
