@@ -71,6 +71,7 @@ TEST_P(Completion, PutsIdsAndValuesOfTheEngineThatTheLineNames) {
   EXPECT_EQ("x\n", readFile(evaluated));
 }
 
+#ifdef KNOB_POSTGRESQL
 TEST_P(Completion, AsksAPostgreSqlServerToo) {
   if (!Server::obstacle().empty()) GTEST_SKIP() << Server::obstacle();
   const std::string server = Server::shared().uri(), words = "<knob><-S><" + server + ">";
@@ -78,6 +79,7 @@ TEST_P(Completion, AsksAPostgreSqlServerToo) {
       completed({"P='" + server + "'\rknob -S \"$P\" red_buf\t \t", "knob -S $P search_pa\t"}),
       words + "<136><16384>\n" + words + "<1928>\n");
 }
+#endif
 
 TEST_P(Completion, ShowsSeveralAndLeavesTheWord) {
   std::string screen;

@@ -36,10 +36,13 @@ class InstalledTree : public testing::Test {
 TEST_F(InstalledTree, FindsItsLibraryModulesAndTexts) {
   EXPECT_NE(std::string::npos, shell(program + " 25 9").out.find("Setting 25 was updated."));
   EXPECT_NE(std::string::npos, shell(program + " 25 -JSON").out.find("\"value\": \"9\""));
+#ifdef KNOB_POSTGRESQL
   const Outcome unreachable = shell(program + " -S postgresql://?host=/nowhere 25");
   EXPECT_TRUE(unreachable.err.starts_with("7402: ")) << unreachable.err;
+#endif
 }
 
+#ifdef KNOB_CATALOGUE_FILES
 TEST_F(InstalledTree, LetsAServiceInCReadItsSettings) {
   const Outcome build =
       shell("export PKG_CONFIG_PATH=" + tree +
@@ -56,6 +59,7 @@ TEST_F(InstalledTree, LetsAServiceInCReadItsSettings) {
   EXPECT_EQ("pool of 33, orders closed, \"Thank you for your order.\"\n", shell(read).out);
   EXPECT_EQ("The settings cannot be read: status 7701\n", shell(read + "x").err);
 }
+#endif
 
 // Sanitizers are for tests, and harden nothing; debug builds lack the C library's checks.
 #if !defined KNOB_SANITIZE && defined __OPTIMIZE__
